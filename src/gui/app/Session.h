@@ -1,0 +1,22 @@
+#pragma once
+
+#include "core/app/Folders.h"
+#include "core/app/bImpostazioni.h"
+
+#include <QString>
+
+// The program-wide state that start-up establishes and every window reads.
+namespace quillora::gui {
+
+struct Session {
+    Folders folders;
+    QString currentLanguage; // first line of LANGz.lng
+    int windowsUserKind = 1; // 0 administrator, 1 normal user
+    QString pathElaboration; // working folder of the current message
+    bImpostazioni::WindowPlacement placement;
+    bImpostazioni::FieldNames fieldNames;
+};
+
+Session& session();
+
+} // namespace quillora::gui

@@ -1,0 +1,104 @@
+#include "gui/app/bMain.h"
+
+#include "core/app/AccountStore.h"
+#include "core/app/ProgramFolders.h"
+#include "core/app/Provisioning.h"
+#include "core/app/TextFile.h"
+#include "core/app/bError.h"
+#include "core/app/bFunctions.h"
+#include "gui/app/Session.h"
+#include "gui/app/WindowHelpers.h"
+#include "gui/editor/frmMain.h"
+
+#include <QApplication>
+#include <QLocale>
+#include <QPointer>
+#include <QSocketNotifier>
+#include <QTimer>
+#include <csignal>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace quillora::gui::bMain {
+
+namespace {
+
+int g_signalFds[2] = {-1, -1};
+
+void onSignal(int) {
+    const char c = 1;
+    [[maybe_unused]] const ssize_t n = ::write(g_signalFds[0], &c, 1);
+}
+
+QString readCurrentLanguage(const Folders& folders) {
+    QStringList lines;
+    TextFile::readLines(folders.languageChoiceFile(), lines, 1024 * 1024);
+    const QVariant first = lines.isEmpty() ? QVariant(QString()) : QVariant(lines.first());
+    return bFunctions::NVL(first, QString()).toString().trimmed();
+}
+
+} // namespace
+
+void installSignalHandlers() {
+    if (::socketpair(AF_UNIX, SOCK_STREAM, 0, g_signalFds) != 0)
+        return;
+    auto* notifier = new QSocketNotifier(g_signalFds[1], QSocketNotifier::Read, qApp);
+    QObject::connect(notifier, &QSocketNotifier::activated, qApp, [] {
+        char c;
+        [[maybe_unused]] const ssize_t n = ::read(g_signalFds[1], &c, 1);
+        // Like a desktop logout: close the main window the normal way.
+        for (QWidget* w : QApplication::topLevelWidgets()) {
+            if (auto* main = qobject_cast<frmMain*>(w)) {
+                main->close();
+                return;
+            }
+        }
+        QApplication::exit(0);
+    });
+    struct sigaction sa = {};
+    sa.sa_handler = onSignal;
+    sigemptyset(&sa.sa_mask);
+    sa.sa_flags = SA_RESTART;
+    sigaction(SIGTERM, &sa, nullptr);
+    sigaction(SIGINT, &sa, nullptr);
+}
+
+int Main(QApplication& app, const Folders& folders, const QString& commandLineFile) {
+    Session& s = session();
+    s.folders = folders;
+    Provisioning::ensureDataFolders(folders, ProgramFolders::defaultsFolder(folders),
+                                    QLocale::system().name());
+    s.currentLanguage = readCurrentLanguage(folders);
+
+    const StoreResult db = AccountStore::open(folders.accountDatabase());
+    bError::InitError(folders);
+    if (!db.ok()) {
+        ShowErrorReport(QStringLiteral("frmSplash.Form_Activate()"), 0, db.error);
+        return 1;
+    }
+    s.windowsUserKind = Provisioning::userKind();
+    bError::wrtErrFree(s.windowsUserKind == 0
+                           ? QStringLiteral("UtenteWindows.......: Administrator")
+                           : QStringLiteral("UtenteWindows.......: NormalUser"));
+    bError::wrtErrFree(QLatin1String(bError::kHyphens));
+    bError::wrtErrFree(QStringLiteral("### LOG FUNZIONI APPLICAZIONE ###"));
+
+    frmMain window;
+    window.Form_Load(commandLineFile);
+    window.show();
+
+    // A development hook for scripts without a display: save a picture of the window.
+    const QString shot = qEnvironmentVariable("QUILLORA_SCREENSHOT");
+    if (!shot.isEmpty()) {
+        QPointer<frmMain> guard(&window);
+        QTimer::singleShot(1500, &window, [guard, shot] {
+            if (guard)
+                guard->grab().save(shot);
+        });
+    }
+    const int rc = app.exec();
+    AccountStore::close();
+    return rc;
+}
+
+} // namespace quillora::gui::bMain

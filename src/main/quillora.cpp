@@ -1,0 +1,20 @@
+// The editor's entry: one optional message file on the command line.
+#include "core/app/Folders.h"
+#include "core/app/ProgramFolders.h"
+#include "gui/app/bMain.h"
+
+#include <QApplication>
+
+int main(int argc, char** argv) {
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Quillora"));
+    QApplication::setApplicationDisplayName(QStringLiteral("Quillora"));
+    QApplication::setApplicationVersion(QStringLiteral("%1.%2")
+                                            .arg(QUILLORA_VERSION_MAJOR)
+                                            .arg(QUILLORA_VERSION_MINOR, 2, 10, QLatin1Char('0')));
+    quillora::gui::bMain::installSignalHandlers();
+    QStringList args = QApplication::arguments();
+    args.removeFirst();
+    return quillora::gui::bMain::Main(app, quillora::ProgramFolders::locate(),
+                                      quillora::CommandLineFileName(args));
+}
