@@ -33,6 +33,11 @@ Account fromQuery(const QSqlQuery& q) {
     return a;
 }
 
+// A null QString binds as SQL NULL; the columns hold empty text instead.
+QString text(const QString& s) {
+    return s.isNull() ? QStringLiteral("") : s.trimmed();
+}
+
 constexpr const char* kSelect = "SELECT id, display_name, address, active, smtp_server, "
                                 "smtp_port, authentication, security FROM Account";
 
@@ -127,13 +132,13 @@ std::optional<qint64> AccountStore::add(const Account& a, QString* error) {
     QSqlQuery q(db());
     q.prepare(QStringLiteral("INSERT INTO Account (display_name, address, active, smtp_server, "
                              "smtp_port, authentication, security) VALUES (?, ?, ?, ?, ?, ?, ?)"));
-    q.addBindValue(a.displayName.trimmed());
-    q.addBindValue(a.address.trimmed());
+    q.addBindValue(text(a.displayName));
+    q.addBindValue(text(a.address));
     q.addBindValue(a.active ? 1 : 0);
-    q.addBindValue(a.smtpServer.trimmed());
+    q.addBindValue(text(a.smtpServer));
     q.addBindValue(a.port);
-    q.addBindValue(a.authentication);
-    q.addBindValue(a.security);
+    q.addBindValue(text(a.authentication));
+    q.addBindValue(text(a.security));
     if (!q.exec()) {
         if (error)
             *error = q.lastError().text();

@@ -63,7 +63,9 @@ QString GetNamePC() {
     return GetNamePC(QSysInfo::machineHostName());
 }
 
-double Val(QStringView text) {
+// Val's parser; empty when the number overflows a double (the old conversion raised an
+// overflow there, which made the assignment be skipped).
+static std::optional<double> ValChecked(QStringView text) {
     std::string s;
     s.reserve(std::min<qsizetype>(text.size(), 512));
     for (QChar c : text) {
@@ -72,8 +74,8 @@ double Val(QStringView text) {
         if (c.unicode() > 0x7F)
             break;
         s.push_back(char(c.unicode()));
-        if (s.size() >= 512) // no number needs more; keeps a huge line cheap
-            break;
+        if (s.size() > 1024) // longer than any double's text: keeps a huge line cheap
+            return std::nullopt;
     }
     if (s.size() >= 2 && s[0] == '&' &&
         (s[1] == 'H' || s[1] == 'h' || s[1] == 'O' || s[1] == 'o')) {
@@ -127,11 +129,20 @@ double Val(QStringView text) {
             num += exp;
     }
     const double v = std::strtod(num.c_str(), nullptr);
-    return std::isfinite(v) ? v : 0.0;
+    if (!std::isfinite(v))
+        return std::nullopt;
+    return v;
+}
+
+double Val(QStringView text) {
+    return ValChecked(text).value_or(0.0);
 }
 
 std::optional<float> ValSingle(QStringView text) {
-    const double v = Val(text);
+    const auto checked = ValChecked(text);
+    if (!checked)
+        return std::nullopt;
+    const double v = *checked;
     if (std::fabs(v) > double(std::numeric_limits<float>::max()))
         return std::nullopt;
     return float(v);

@@ -45,8 +45,11 @@ QString singleText(float v) {
 
 void LeggiIMP(const QString& file, WindowPlacement& placement) {
     QStringList lines;
-    if (!TextFile::readLines(file, lines, kMaxSettingsBytes).ok())
-        return;
+    if (TextFile::readLines(file, lines, kMaxSettingsBytes).ok())
+        ApplyPlacementLines(lines, placement);
+}
+
+void ApplyPlacementLines(const QStringList& lines, WindowPlacement& placement) {
     for (const QString& line : lines) {
         if (line.size() < kKeyWidth)
             continue;
@@ -102,16 +105,20 @@ void CaricaNomiCampi(const QString& file, FieldNames& names) {
                        TextFile::describe(d.error));
         return;
     }
+    if (!ApplyFieldNameLines(lines, names))
+        bError::wrtErr(QStringLiteral("CaricaNomiCampi"), QStringLiteral("0"), 62,
+                       QStringLiteral("Input past end of file"));
+}
+
+bool ApplyFieldNameLines(const QStringList& lines, FieldNames& names) {
     for (int i = 0; i < 9; ++i) {
-        if (i >= lines.size()) {
-            bError::wrtErr(QStringLiteral("CaricaNomiCampi"), QStringLiteral("0"), 62,
-                           QStringLiteral("Input past end of file"));
-            return;
-        }
+        if (i >= lines.size())
+            return false;
         const QString name = lines[i].trimmed();
         if (!name.isEmpty())
             names[size_t(i)] = name;
     }
+    return true;
 }
 
 } // namespace quillora::bImpostazioni

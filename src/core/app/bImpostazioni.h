@@ -28,6 +28,9 @@ inline constexpr qint64 kMaxSettingsBytes = 64 * 1024 * 1024;
 // A missing, unreadable or malformed file leaves `placement` as it was.
 void LeggiIMP(const QString& file, WindowPlacement& placement);
 
+// The same on lines already read.
+void ApplyPlacementLines(const QStringList& lines, WindowPlacement& placement);
+
 // ScriviIMP's first rule: only a normal window refreshes the remembered edges, so a
 // maximised or minimised window keeps the last normal placement.
 void RememberPlacement(WindowPlacement& placement, int state, float left, float top, float width,
@@ -45,5 +48,8 @@ using FieldNames = std::array<QString, 9>;
 // Reads nine lines into `names`: a non-empty trimmed line replaces the name, an empty one
 // keeps it. A missing file or fewer than nine lines writes one step line to the log.
 void CaricaNomiCampi(const QString& file, FieldNames& names);
+
+// The same on lines already read; false when there were fewer than nine.
+bool ApplyFieldNameLines(const QStringList& lines, FieldNames& names);
 
 } // namespace quillora::bImpostazioni

@@ -1,0 +1,24 @@
+// Any bytes decode to some text or a clear error; what we write reads back unchanged.
+#include "core/app/TextFile.h"
+
+#include <cstdlib>
+
+using namespace quillora;
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    const QByteArrayView bytes(reinterpret_cast<const char*>(data), qsizetype(size));
+    const TextFile::Decoded d = TextFile::decode(bytes);
+    if (!d.ok())
+        return 0;
+    const QStringList lines = TextFile::splitLines(d.text);
+    for (const QString& line : lines) {
+        if (line.contains(u'\r') || line.contains(u'\n'))
+            abort();
+    }
+    // Writing and reading again keeps every line.
+    const QByteArray again = TextFile::encodeUtf16LE(TextFile::joinLines(lines));
+    const TextFile::Decoded back = TextFile::decode(again);
+    if (!back.ok() || TextFile::splitLines(back.text) != lines)
+        abort();
+    return 0;
+}

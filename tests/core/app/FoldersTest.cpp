@@ -1,0 +1,212 @@
+#include "core/app/Folders.h"
+#include "core/app/AccountStore.h"
+#include "core/app/Provisioning.h"
+#include "core/app/TextFile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+using namespace quillora;
+
+namespace {
+
+const QString kDefaults = QStringLiteral(QUILLORA_SOURCE_DIR "/data/defaults/");
+
+TEST(Folders, DerivedFromTheTwoRoots) {
+    const Folders f = Folders::derive("/opt/q", "/home/u/.local/share");
+    EXPECT_EQ(f.appPath, "/opt/q/");
+    EXPECT_EQ(f.appDataAllUser, "/home/u/.local/share/");
+    EXPECT_EQ(f.pathFileImp, "/home/u/.local/share/Talvenor Data/Corvanta 4/");
+    EXPECT_EQ(f.appMemory, f.pathFileImp + "Memory/");
+    EXPECT_EQ(f.appTemplate, f.pathFileImp + "Template/");
+    EXPECT_EQ(f.appSocial, f.pathFileImp + "Icone Social/");
+    EXPECT_EQ(Folders::derive("", "").appDataAllUser, "/"); // unknown folder hangs off the root
+}
+
+TEST(Folders, WorkingFolderStampAndRemoval) {
+    QTemporaryDir dir;
+    const QString base = dir.path() + "/";
+    const QDateTime when(QDate(2026, 11, 14), QTime(9, 5, 3));
+    const QString folder = GetPercorsoTemporaneo(base, when);
+    EXPECT_EQ(folder, base + "Elaboration/20261114_090503/");
+    EXPECT_TRUE(QFileInfo(folder).isDir());
+    EXPECT_EQ(GetPercorsoTemporaneo(base, when), folder); // same second, same folder
+    QFile f(folder + "x.png");
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    f.close();
+    CancellaPercorsoTemporaneo(folder);
+    EXPECT_FALSE(QFileInfo::exists(folder));
+    EXPECT_TRUE(QFileInfo(base + "Elaboration").isDir());
+    CancellaPercorsoTemporaneo(folder); // gone already: nothing happens
+    CancellaPercorsoTemporaneo("");
+    EXPECT_TRUE(QFileInfo(base).isDir());
+}
+
+TEST(Folders, CommandLineIsOneNameWithoutQuotes) {
+    EXPECT_EQ(CommandLineFileName({"\"/home/u/My News.mssx\""}), "/home/u/My News.mssx");
+    EXPECT_EQ(CommandLineFileName({"a.mssx", "b.mssx"}), "a.mssx b.mssx");
+    EXPECT_EQ(CommandLineFileName({}), "");
+}
+
+TEST(Folders, CheckDosFielNameSpellsTheNameAsOnDisk) {
+    QTemporaryDir dir;
+    QFile f(dir.filePath("Offerta.mssx"));
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    f.close();
+    const QString folder = dir.path() + "/";
+    EXPECT_EQ(CheckDosFielName(folder + "offerta.MSSX"), folder + "Offerta.mssx");
+    EXPECT_EQ(CheckDosFielName(folder + "Offerta.mssx"), folder + "Offerta.mssx");
+    EXPECT_EQ(CheckDosFielName(folder + "none.mssx"), folder + "none.mssx");
+}
+
+class ProvisioningTest : public testing::Test {
+protected:
+    void SetUp() override {
+        folders = Folders::derive(dir.filePath("app"), dir.filePath("docs"));
+        QDir().mkpath(folders.appPath);
+    }
+    QTemporaryDir dir;
+    Folders folders;
+};
+
+TEST_F(ProvisioningTest, FirstStartLaysDownTheSharedFolder) {
+    const auto report = Provisioning::ensureDataFolders(folders, kDefaults, "es_ES");
+    EXPECT_TRUE(report.failed.isEmpty()) << report.failed.join('\n').toStdString();
+    for (const char* sub :
+         {"Memory", "Template/Professional", "Template/Simple", "Icone Social", "SPAMASS"})
+        EXPECT_TRUE(QFileInfo(folders.pathFileImp + sub).isDir()) << sub;
+    for (const char* file : {"frmQuillora.dll", "FieldName.dll", "Social.dll", "colorSchema2.dll",
+                             "colorSchema3.dll", "SyntaxEdit.dll", "crv_account.db"})
+        EXPECT_TRUE(QFileInfo(folders.pathFileImp + file).isFile()) << file;
+    QStringList lines;
+    ASSERT_TRUE(TextFile::readLines(folders.languageChoiceFile(), lines).ok());
+    EXPECT_EQ(lines.value(0), QString::fromUtf8("Español"));
+
+    QStringList social;
+    ASSERT_TRUE(TextFile::readLines(folders.pathFileImp + "Social.dll", social).ok());
+    EXPECT_EQ(social.size(), 9);
+}
+
+TEST_F(ProvisioningTest, ExistingFilesAreNeverOverwritten) {
+    QDir().mkpath(folders.pathFileImp);
+    ASSERT_TRUE(TextFile::writeLines(folders.placementFile(), {"mine"}));
+    ASSERT_TRUE(TextFile::writeLines(folders.languageChoiceFile(), {"Italiano"}));
+    Provisioning::ensureDataFolders(folders, kDefaults, "en_US");
+    const auto second = Provisioning::ensureDataFolders(folders, kDefaults, "en_US");
+    EXPECT_TRUE(second.created.isEmpty()) << second.created.join('\n').toStdString();
+    QStringList lines;
+    TextFile::readLines(folders.placementFile(), lines);
+    EXPECT_EQ(lines, QStringList({"mine"}));
+    TextFile::readLines(folders.languageChoiceFile(), lines);
+    EXPECT_EQ(lines, QStringList({"Italiano"}));
+}
+
+TEST(Provisioning, LanguageFromLocale) {
+    EXPECT_EQ(Provisioning::languageForLocale("it_IT"), "Italiano");
+    EXPECT_EQ(Provisioning::languageForLocale("it_CH"), "Italiano");
+    EXPECT_EQ(Provisioning::languageForLocale("es_AR"), QString::fromUtf8("Español"));
+    EXPECT_EQ(Provisioning::languageForLocale("de_DE"), "English");
+    EXPECT_EQ(Provisioning::languageForLocale("C"), "English");
+}
+
+TEST(Provisioning, UserKindFollowsWriteAccess) {
+    QTemporaryDir dir;
+    EXPECT_EQ(Provisioning::userKind(dir.path()), 0);
+    EXPECT_EQ(Provisioning::userKind(dir.filePath("missing")), 1);
+    EXPECT_TRUE(QDir(dir.path()).isEmpty()); // the test leaves nothing behind
+}
+
+TEST(ShippedSchemes, EveryDefaultSchemeHasAllNineteenColours) {
+    QStringList lines;
+    ASSERT_TRUE(TextFile::readLines(kDefaults + "colorSchema3.dll", lines).ok());
+    QMap<QString, int> perSection;
+    QString section;
+    for (const QString& l : lines) {
+        if (l.startsWith('['))
+            section = l;
+        else if (l.size() > 30 && l.mid(28, 2) == ": ")
+            ++perSection[section];
+    }
+    EXPECT_GE(perSection.size(), 2);
+    for (auto it = perSection.cbegin(); it != perSection.cend(); ++it)
+        EXPECT_EQ(it.value(), 19) << it.key().toStdString();
+}
+
+class AccountStoreTest : public testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(AccountStore::open(dir.filePath("crv_account.db"), "test").ok());
+    }
+    void TearDown() override { AccountStore::close("test"); }
+    QTemporaryDir dir;
+};
+
+TEST_F(AccountStoreTest, AddListRemove) {
+    AccountStore store("test");
+    Account a;
+    a.displayName = "Anna Rossi";
+    a.address = "anna@example.com";
+    a.smtpServer = "smtp.example.com";
+    a.port = 465;
+    a.authentication = "login";
+    a.security = "ssl";
+    const auto id = store.add(a);
+    ASSERT_TRUE(id.has_value());
+    a.displayName = "Bruno";
+    a.address = "bruno@example.org";
+    a.active = false;
+    const auto id2 = store.add(a);
+    ASSERT_TRUE(id2.has_value());
+    EXPECT_NE(*id, *id2);
+
+    const auto all = store.list();
+    ASSERT_TRUE(all.has_value());
+    ASSERT_EQ(all->size(), 2);
+    EXPECT_EQ(all->at(0).displayName, "Anna Rossi");
+    EXPECT_EQ(all->at(0).port, 465);
+    EXPECT_TRUE(all->at(0).active);
+    EXPECT_FALSE(all->at(1).active);
+
+    EXPECT_TRUE(store.remove(*id));
+    QString error;
+    EXPECT_FALSE(store.remove(*id, &error));
+    EXPECT_FALSE(error.isEmpty());
+    EXPECT_EQ(store.list()->size(), 1);
+}
+
+TEST_F(AccountStoreTest, RejectsBadAccountsWithAReason) {
+    AccountStore store("test");
+    Account a;
+    a.displayName = "X";
+    a.address = "not-an-address";
+    a.authentication = "login";
+    a.security = "ssl";
+    QString error;
+    EXPECT_FALSE(store.add(a, &error).has_value());
+    EXPECT_TRUE(error.contains("not-an-address"));
+    a.address = "x@example.com";
+    a.port = 70000;
+    EXPECT_FALSE(store.add(a, &error).has_value());
+    a.port = 25;
+    a.security = "tls1.0";
+    EXPECT_FALSE(store.add(a, &error).has_value());
+    EXPECT_TRUE(store.list()->isEmpty());
+}
+
+TEST_F(AccountStoreTest, NamesAreStoredAsDataNotSql) {
+    AccountStore store("test");
+    Account a;
+    a.displayName = "Robert'); DROP TABLE Account;--";
+    a.address = "r@example.com";
+    a.authentication = "none";
+    a.security = "none";
+    QString error;
+    ASSERT_TRUE(store.add(a, &error).has_value()) << error.toStdString();
+    ASSERT_EQ(store.list()->size(), 1);
+    EXPECT_EQ(store.list()->at(0).displayName, a.displayName);
+}
+
+} // namespace
