@@ -13,6 +13,11 @@ constexpr const char* kUsageText =
     R"(usage: quillora-cli COMMAND [ARGUMENTS]
 
 commands:
+  info [--json] FILE                     show what a message file holds
+  extract FILE DIR                       restore its files into DIR and write DIR/body.html
+  pack HTML -o OUT [--subject S] [--priority NR|HI|LW] [--attach FILE]...
+                                         make a message file from an HTML page, embedding
+                                         every local file it refers to
   accounts list                          list the sender accounts
   accounts add --name NAME --address ADDRESS [--server HOST] [--port N]
                [--auth none|plain|login] [--security none|starttls|ssl] [--inactive]
@@ -53,6 +58,12 @@ int run(const QStringList& args) {
     }
     if (command == QLatin1String("accounts"))
         return accounts(rest);
+    if (command == QLatin1String("info"))
+        return info(rest);
+    if (command == QLatin1String("extract"))
+        return extract(rest);
+    if (command == QLatin1String("pack"))
+        return pack(rest);
     return usage(QStringLiteral("unknown command \"%1\"").arg(command));
 }
 

@@ -13,6 +13,9 @@ int run(const QStringList& args);
 
 // One function per command; each gets the arguments after its name.
 int accounts(const QStringList& args);
+int info(const QStringList& args);
+int extract(const QStringList& args);
+int pack(const QStringList& args);
 
 // Helpers for the commands.
 void printError(const QString& message);

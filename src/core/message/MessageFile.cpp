@@ -1,0 +1,491 @@
+#include "core/message/MessageFile.h"
+
+#include "core/app/Folders.h"
+#include "core/app/TextFile.h"
+#include "core/app/bError.h"
+#include "core/message/clsBase64.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QSaveFile>
+
+namespace quillora::MessageFile {
+
+namespace {
+
+constexpr QStringView kCrLf = u"\r\n";
+constexpr QStringView kIniFile = u"[<INI-FILE:";
+constexpr QStringView kEndFile = u"[<END-FILE>]";
+constexpr QStringView kEndObjectLine = u"[<END-OBJECT>]\r\n";
+
+// Input read per step when embedding a file: whole Base64 lines, about half a megabyte.
+constexpr qint64 kChunkBytes = clsBase64::kLineBytes * 8192;
+
+// Buffers UTF-16LE output and hands it to the device in large blocks.
+class Utf16Writer {
+public:
+    explicit Utf16Writer(QIODevice& out) : m_out(out) { m_buffer.reserve(kBufferUnits); }
+
+    void bom() { put(u"\xFEFF"); }
+    void put(QStringView text) {
+        if (m_buffer.size() + text.size() > kBufferUnits)
+            flush();
+        if (text.size() > kBufferUnits)
+            writeRaw(text.utf16(), text.size());
+        else
+            m_buffer.append(text);
+    }
+    void line(QStringView text) {
+        put(text);
+        put(kCrLf);
+    }
+    void writeRaw(const char16_t* data, qsizetype units) {
+        flush();
+        const qint64 bytes = qint64(units) * 2;
+        if (m_ok && m_out.write(reinterpret_cast<const char*>(data), bytes) != bytes)
+            m_ok = false;
+    }
+    void flush() {
+        if (m_buffer.isEmpty())
+            return;
+        const qint64 bytes = qint64(m_buffer.size()) * 2;
+        if (m_ok && m_out.write(reinterpret_cast<const char*>(m_buffer.utf16()), bytes) != bytes)
+            m_ok = false;
+        m_buffer.resize(0);
+    }
+    bool ok() const { return m_ok; }
+
+private:
+    static constexpr qsizetype kBufferUnits = 1 << 20;
+    QIODevice& m_out;
+    QString m_buffer;
+    bool m_ok = true;
+};
+
+// Embeds one file as Base64 lines; the caller writes the lines around it.
+QString writeObject(Utf16Writer& out, const QString& path, qint64& done, qint64 total,
+                    const Progress& progress) {
+    QFile in(path);
+    if (!in.open(QIODevice::ReadOnly))
+        return QStringLiteral("Cannot read the file %1: %2").arg(path, in.errorString());
+    QByteArray chunk(kChunkBytes, Qt::Uninitialized);
+    std::u16string encoded;
+    bool first = true;
+    for (;;) {
+        const qint64 n = in.read(chunk.data(), kChunkBytes);
+        if (n < 0)
+            return QStringLiteral("Cannot read the file %1: %2").arg(path, in.errorString());
+        if (n == 0)
+            break;
+        // Chunks are whole lines, so joining them with a line break gives the same text as
+        // encoding the file in one piece.
+        if (!first)
+            out.put(kCrLf);
+        first = false;
+        encoded.resize(size_t(clsBase64::encodedLength(n)));
+        clsBase64::encode(reinterpret_cast<const uchar*>(chunk.constData()), n, encoded.data());
+        out.writeRaw(encoded.data(), qsizetype(encoded.size()));
+        done += n;
+        if (progress)
+            progress(done, total);
+        if (n < kChunkBytes)
+            break;
+    }
+    return QString();
+}
+
+// The object line's path: the full path with "\" separators, as every reader expects.
+QString storedPathOf(const QString& path) {
+    QString p = path;
+    p.replace(u'/', u'\\');
+    return p;
+}
+
+QString folderOf(const QString& path) {
+    const qsizetype cut = std::max(path.lastIndexOf(u'/'), path.lastIndexOf(u'\\'));
+    return path.left(cut + 1);
+}
+
+SaveResult write(const MessageDocument& doc, const QString& path, const SaveOptions& options,
+                 bool describePlace) {
+    SaveResult result;
+    result.path = path;
+    const QString base = options.baseFolder.isEmpty() ? folderOf(path) : options.baseFolder;
+    const QStringList objects = objectList(doc, base, options.style);
+
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly)) {
+        result.description = file.errorString();
+        if (describePlace)
+            result.description += QStringLiteral("\r\nPath: ") + folderOf(path) +
+                                  QStringLiteral("\r\nFile: ") + fileNamePart(path);
+        return result;
+    }
+    Utf16Writer out(file);
+    out.bom();
+    out.line(QStringLiteral("[<INI-SUBJ>]") + doc.subject + QStringLiteral("[<END-SUBJ>]"));
+    out.line(QStringLiteral("[<INI-PRIO>]") + doc.priorityCode() + QStringLiteral("[<END-PRIO>]"));
+    out.line(u"[<INI-ALLG>]");
+    for (const QString& a : doc.attachments)
+        out.line(a);
+    out.line(u"[<END-ALLG>]");
+    out.line(u"[<INI-MESS>]");
+    out.put(doc.body);
+    // The closing tag always starts a line of its own; the reader takes this one break off
+    // again, so the body comes back exactly as it was written.
+    out.put(kCrLf);
+    out.line(u"[<END-MESS>]");
+    out.line(QString::fromLatin1(kObjectSection));
+
+    qint64 total = 0;
+    for (const QString& o : objects)
+        total += std::max<qint64>(0, QFileInfo(o).size());
+    qint64 done = 0;
+    for (const QString& o : objects) {
+        out.line(kIniFile.toString() + storedPathOf(o) + QStringLiteral(">]"));
+        const QString error = writeObject(out, o, done, total, options.progress);
+        if (!error.isEmpty()) {
+            file.cancelWriting();
+            result.description = error;
+            return result;
+        }
+        out.put(kCrLf);
+        out.line(kEndFile);
+    }
+    out.line(u"[<END-OBJECT>]");
+    out.flush();
+    if (!out.ok() || !file.commit()) {
+        result.description = file.errorString();
+        if (result.description.isEmpty())
+            result.description = QStringLiteral("The file could not be written completely");
+        file.cancelWriting();
+    }
+    return result;
+}
+
+// The whole file as UTF-16 text. A UTF-16LE file (what we write) is viewed in place through a
+// memory mapping; other encodings are decoded into memory.
+class MappedText {
+public:
+    QString open(const QString& path) {
+        m_file.setFileName(path);
+        const QFileInfo info(path);
+        if (!info.exists() || info.isDir())
+            return QStringLiteral("The file %1 does not exist").arg(path);
+        if (!m_file.open(QIODevice::ReadOnly))
+            return QStringLiteral("The file %1 cannot be opened: %2")
+                .arg(path, m_file.errorString());
+        const qint64 size = m_file.size();
+        if (size == 0)
+            return QString();
+        const uchar* data = m_file.map(0, size);
+        QByteArray owned;
+        if (!data) {
+            owned = m_file.readAll();
+            data = reinterpret_cast<const uchar*>(owned.constData());
+        }
+        if (size >= 2 && data[0] == 0xFF && data[1] == 0xFE && owned.isEmpty()) {
+            if (size % 2 != 0)
+                return QStringLiteral("The file %1 is cut short (UTF-16 text with an odd number "
+                                      "of bytes)")
+                    .arg(path);
+            m_view = QStringView(reinterpret_cast<const char16_t*>(data + 2), (size - 2) / 2);
+            return QString();
+        }
+        TextFile::Decoded d =
+            TextFile::decode(QByteArrayView(reinterpret_cast<const char*>(data), qsizetype(size)));
+        if (!d.ok())
+            return QStringLiteral("The file %1 cannot be read: %2")
+                .arg(path, TextFile::describe(d.error));
+        m_owned = std::move(d.text);
+        m_view = m_owned;
+        m_file.unmap(const_cast<uchar*>(data));
+        return QString();
+    }
+    QStringView text() const { return m_view; }
+
+private:
+    QFile m_file;
+    QString m_owned;
+    QStringView m_view;
+};
+
+bool hasAllTags(QStringView text) {
+    for (const char* tag : kTags) {
+        if (!text.contains(QLatin1String(tag)))
+            return false;
+    }
+    return true;
+}
+
+// Walks the text line by line; a line ends at CR LF, LF or CR.
+class LineReader {
+public:
+    explicit LineReader(QStringView text) : m_text(text) {}
+    bool atEnd() const { return m_pos >= m_text.size(); }
+    qsizetype position() const { return m_pos; }
+    // The next line without its break; lineStart() tells where it began.
+    QStringView next() {
+        m_lineStart = m_pos;
+        const qsizetype n = m_text.size();
+        qsizetype i = m_pos;
+        while (i < n && m_text[i] != u'\r' && m_text[i] != u'\n')
+            ++i;
+        const QStringView line = m_text.sliced(m_pos, i - m_pos);
+        if (i < n && m_text[i] == u'\r' && i + 1 < n && m_text[i + 1] == u'\n')
+            i += 2;
+        else if (i < n)
+            i += 1;
+        m_pos = i;
+        return line;
+    }
+    qsizetype lineStart() const { return m_lineStart; }
+
+private:
+    QStringView m_text;
+    qsizetype m_pos = 0;
+    qsizetype m_lineStart = 0;
+};
+
+QString stripTags(QStringView line, QLatin1String open, QLatin1String close) {
+    QString s = line.toString();
+    s.remove(open);
+    s.remove(close);
+    return s.trimmed();
+}
+
+// The Base64 text of one object piece: what follows ">]" up to the closing marker, with the
+// line breaks around it. Pieces as we write them are taken as a view; anything else goes
+// through the historic rule (markers removed, the last four characters cut off).
+QStringView objectData(QStringView data, QString& scratch) {
+    const qsizetype bracket = data.indexOf(u'[');
+    if (bracket >= 0) {
+        const QStringView tail = data.sliced(bracket);
+        const QString endFile = kEndFile.toString() + kCrLf.toString();
+        if (tail == endFile || tail == endFile + kEndObjectLine.toString())
+            return bracket >= 2 ? data.first(bracket - 2) : QStringView();
+    }
+    scratch = data.toString();
+    scratch.remove(kEndFile.toString());
+    scratch.remove(kEndObjectLine.toString());
+    scratch.chop(4);
+    return scratch;
+}
+
+qint64 decodedSize(QStringView b64) {
+    qint64 chars = 0;
+    const qsizetype n = b64.size();
+    for (qsizetype i = 0; i < n; ++i) {
+        const char16_t c = b64[i].unicode();
+        if (c == u'\r' && i + 1 < n && b64[i + 1] == u'\n') {
+            ++i;
+            continue;
+        }
+        if (c != u'=')
+            ++chars;
+    }
+    const qint64 rem = chars % 4;
+    return chars / 4 * 3 + (rem == 2 ? 1 : rem == 3 ? 2 : 0);
+}
+
+} // namespace
+
+QString withMessageExtension(const QString& path) {
+    const qsizetype nameStart = std::max(path.lastIndexOf(u'/'), path.lastIndexOf(u'\\')) + 1;
+    const qsizetype dot = path.lastIndexOf(u'.');
+    if (dot < nameStart)
+        return path + QStringLiteral(".mssx");
+    if (path.mid(dot).toLower() == QLatin1String(".mssx"))
+        return path;
+    return path.left(dot) + QStringLiteral(".mssx");
+}
+
+QStringList objectList(const MessageDocument& doc, const QString& baseFolder,
+                       References::PathStyle style) {
+    QStringList objects = doc.attachments;
+    objects += References::objectList(doc.body, baseFolder, style);
+    return objects;
+}
+
+SaveResult SalvaMessaggio(MessageDocument& doc, const QString& path, const SaveOptions& options) {
+    const QString target = withMessageExtension(path);
+    SaveResult r = write(doc, target, options, true);
+    if (r.ok())
+        doc.markSaved(target);
+    return r;
+}
+
+SaveResult SalvaMessaggioPerCheckSpam(const MessageDocument& doc, const QString& path,
+                                      const SaveOptions& options) {
+    return write(doc, path, options, false);
+}
+
+ReadResult read(const QString& path, const QString& restoreFolder, const Progress& progress) {
+    ReadResult r;
+    MappedText mapped;
+    r.error = mapped.open(path);
+    if (!r.ok())
+        return r;
+    const QStringView text = mapped.text();
+    if (!hasAllTags(text)) {
+        r.error = QStringLiteral("The file %1 is not a message file").arg(path);
+        return r;
+    }
+    Content& c = r.content;
+    c.version = text.contains(QLatin1String(kObjectSection)) ? 4 : 3;
+
+    LineReader lines(text);
+    c.subject =
+        stripTags(lines.next(), QLatin1String("[<INI-SUBJ>]"), QLatin1String("[<END-SUBJ>]"));
+    c.priority =
+        stripTags(lines.next(), QLatin1String("[<INI-PRIO>]"), QLatin1String("[<END-PRIO>]"));
+    bool ended = false;
+    while (!lines.atEnd()) {
+        const QStringView line = lines.next().trimmed();
+        if (line == QLatin1String("[<END-ALLG>]")) {
+            ended = true;
+            break;
+        }
+        if (!line.isEmpty() && line != QLatin1String("[<INI-ALLG>]"))
+            c.storedAttachments << line.toString();
+    }
+    if (!ended) {
+        r.error =
+            QStringLiteral("The file %1 is damaged: its attachment list never ends").arg(path);
+        return r;
+    }
+    while (!lines.atEnd() && lines.next().trimmed() != QLatin1String("[<INI-MESS>]")) {
+    }
+    const qsizetype bodyStart = lines.position();
+    qsizetype bodyEnd = -1;
+    while (!lines.atEnd()) {
+        if (lines.next().trimmed() == QLatin1String("[<END-MESS>]")) {
+            bodyEnd = lines.lineStart();
+            break;
+        }
+    }
+    if (bodyEnd < 0) {
+        r.error = QStringLiteral("The file %1 is damaged: its message body never ends").arg(path);
+        return r;
+    }
+    QStringView body = text.sliced(bodyStart, bodyEnd - bodyStart);
+    if (body.endsWith(kCrLf))
+        body.chop(2);
+    else if (body.endsWith(u'\n') || body.endsWith(u'\r'))
+        body.chop(1);
+    c.body = body.toString();
+
+    if (c.version != 4)
+        return r;
+    // Objects come only from after the body, so a body quoting the markers restores nothing.
+    const QStringView section = text.sliced(lines.position());
+    qsizetype at = section.indexOf(kIniFile);
+    qint64 done = 0;
+    const qint64 total = section.size();
+    while (at >= 0) {
+        const qsizetype start = at + kIniFile.size();
+        const qsizetype next = section.indexOf(kIniFile, start);
+        const QStringView piece = section.sliced(start, (next < 0 ? section.size() : next) - start);
+        at = next;
+        StoredObject o;
+        const qsizetype close = piece.indexOf(u">]");
+        o.storedPath = (close < 0 ? piece : piece.first(close)).toString();
+        QString scratch;
+        const QStringView data =
+            close < 0 ? QStringView() : objectData(piece.sliced(close + 2), scratch);
+        o.size = decodedSize(data);
+        const auto name = References::safeFileName(o.storedPath);
+        if (!name) {
+            c.warnings << QStringLiteral(
+                              "An embedded file with the unusable name \"%1\" was skipped")
+                              .arg(o.storedPath.left(200));
+        } else {
+            o.name = *name;
+            if (!restoreFolder.isEmpty()) {
+                const QString target = withTrailingSlash(restoreFolder) + o.name;
+                const clsBase64::WriteResult w = clsBase64::ConvertiInFile(data, target);
+                if (w.ok())
+                    o.restoredPath = target;
+                else
+                    c.warnings << QStringLiteral("The embedded file %1 could not be restored: %2")
+                                      .arg(o.name, w.error);
+            }
+        }
+        c.objects << o;
+        done = start + piece.size();
+        if (progress)
+            progress(done, total);
+    }
+    return r;
+}
+
+bool ControllaFormatoFileMessaggio(const QString& path) {
+    MappedText mapped;
+    return mapped.open(path).isEmpty() && hasAllTags(mapped.text());
+}
+
+bool ControllaSeVersione4(const QString& path) {
+    MappedText mapped;
+    return mapped.open(path).isEmpty() && mapped.text().contains(QLatin1String(kObjectSection));
+}
+
+OpenResult ApriMessaggio(MessageDocument& doc, const QString& path, const QString& pathFileImp,
+                         const Progress& progress) {
+    OpenResult result;
+    bError::wrtErrFree(QStringLiteral("ApriMessaggio()"));
+    if (!ControllaFormatoFileMessaggio(path)) {
+        result.notAMessage = true;
+        result.error = QStringLiteral("The file %1 is not a message file").arg(path);
+        return result;
+    }
+    bError::wrtErrFree(QStringLiteral("ApriMessaggio() - File: ") + path);
+
+    // The new working folder is filled before the old one goes, so a file that turns out to be
+    // damaged leaves the message on screen with all its pictures.
+    QString restore = GetPercorsoTemporaneo(pathFileImp);
+    for (int n = 1; !restore.isEmpty() && restore == doc.restoreFolder; ++n) {
+        restore = doc.restoreFolder.chopped(1) + QStringLiteral("_%1/").arg(n);
+        if (!QDir().mkpath(restore))
+            restore.clear();
+    }
+    if (restore.isEmpty()) {
+        result.error =
+            QStringLiteral("The working folder cannot be created in %1").arg(pathFileImp);
+        return result;
+    }
+
+    ReadResult r = read(path, restore, progress);
+    if (!r.ok()) {
+        result.error = r.error;
+        CancellaPercorsoTemporaneo(restore);
+        return result;
+    }
+    if (!doc.restoreFolder.isEmpty())
+        CancellaPercorsoTemporaneo(doc.restoreFolder);
+    Content& c = r.content;
+    doc.restoreFolder = restore;
+    doc.openedFileName = fileNamePart(path);
+    doc.formatVersion = c.version;
+    doc.subject = c.subject;
+    doc.setPriorityCode(c.priority);
+    doc.attachments.clear();
+    for (const QString& stored : c.storedAttachments) {
+        if (c.version != 4) {
+            doc.attachments << stored;
+        } else if (const auto name = References::safeFileName(stored)) {
+            doc.attachments << restore + *name;
+        } else {
+            c.warnings << QStringLiteral(
+                              "The attachment \"%1\" has an unusable name and was left out")
+                              .arg(stored.left(200));
+        }
+    }
+    doc.body = c.body;
+    doc.titleName = u'[' + doc.openedFileName + u']';
+    doc.currentPath = path;
+    doc.loadedFromFile = true;
+    result.warnings = c.warnings;
+    return result;
+}
+
+} // namespace quillora::MessageFile
