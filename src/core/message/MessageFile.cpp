@@ -377,6 +377,10 @@ ReadResult read(const QString& path, const QString& restoreFolder, const Progres
 
     if (c.version != 4)
         return r;
+    if (!restoreFolder.isEmpty() && !QDir().mkpath(restoreFolder)) {
+        r.error = QStringLiteral("The folder %1 cannot be created").arg(restoreFolder);
+        return r;
+    }
     // Objects come only from after the body, so a body quoting the markers restores nothing.
     const QStringView section = text.sliced(lines.position());
     qsizetype at = section.indexOf(kIniFile);

@@ -1,0 +1,289 @@
+#include "core/message/MessageFile.h"
+#include "core/app/TextFile.h"
+#include "core/app/bError.h"
+#include "core/message/AttachmentList.h"
+#include "core/message/MessageDocument.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+using namespace quillora;
+
+namespace {
+
+QByteArray readBytes(const QString& path) {
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+void writeBytes(const QString& path, const QByteArray& bytes) {
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile f(path);
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    f.write(bytes);
+}
+
+QString fileText(const QString& path) {
+    return TextFile::decode(readBytes(path)).text;
+}
+
+TEST(MessageDocument, SkeletonIsExact) {
+    const QString s = NewMessageSkeleton();
+    const QStringList lines = s.split("\r\n");
+    EXPECT_TRUE(s.endsWith("</html>\r\n"));
+    EXPECT_EQ(lines[0], R"(<!DOCTYPE HTML PUBLIC "-//W3C//DTD HTML 4.01//EN")");
+    EXPECT_EQ(lines[1], R"(    "http://www.w3.org/TR/html4/strict.dtd">)");
+    EXPECT_EQ(lines[5], R"(<meta charset="utf-8"><style>)");
+    EXPECT_EQ(lines[8], "    font-size:12px;");
+    EXPECT_TRUE(lines.contains("  border:0; "));
+    EXPECT_EQ(s.count("font-style: Bold;"), 3);
+    EXPECT_EQ(s.count("font-style: Normal;"), 3);
+    for (const char* cls : {".TextSmall {", ".TextNormal {", ".TextBig {", ".TextTitleSmall {",
+                            ".TextTitleNormal {", ".TextTitleBig {"})
+        EXPECT_TRUE(lines.contains(cls)) << cls;
+    EXPECT_FALSE(s.contains(QRegularExpression("[^\r]\n")));
+}
+
+TEST(MessageDocument, TitleMarkAndPriority) {
+    MessageDocument d;
+    d.NuovoMessaggio();
+    EXPECT_EQ(d.CambiaTitoloEditor(), "Quillora - [NuovoFile.mssx]");
+    EXPECT_FALSE(d.DaSalvare());
+    d.markSaved("/x/a.mssx");
+    d.Modificato();
+    d.Modificato();
+    EXPECT_EQ(d.titleName, "[a.mssx*]");
+    EXPECT_TRUE(d.DaSalvare());
+    d.markSaved("/x/b.mssx");
+    d.loading = true;
+    d.Modificato();
+    EXPECT_FALSE(d.DaSalvare());
+
+    d.priorityHigh = d.priorityLow = true;
+    EXPECT_EQ(d.priorityCode(), "HI");
+    d.priorityHigh = false;
+    EXPECT_EQ(d.priorityCode(), "LW");
+    d.setPriorityCode(u"XX");
+    EXPECT_EQ(d.priorityCode(), "NR");
+    d.setPriorityCode(u"HI");
+    EXPECT_TRUE(d.priorityHigh && !d.priorityLow);
+}
+
+TEST(MessageFile, ExtensionRule) {
+    EXPECT_EQ(MessageFile::withMessageExtension("C:\\a\\msg.mss"), "C:\\a\\msg.mssx");
+    EXPECT_EQ(MessageFile::withMessageExtension("C:\\a\\msg.MSSX"), "C:\\a\\msg.MSSX");
+    EXPECT_EQ(MessageFile::withMessageExtension("/a/news.html"), "/a/news.mssx");
+    EXPECT_EQ(MessageFile::withMessageExtension("/a.b/news"), "/a.b/news.mssx");
+}
+
+TEST(AttachmentList, SizeTextDividesBy1028) {
+    const QLocale c(QLocale::English, QLocale::UnitedStates);
+    EXPECT_EQ(AttachmentList::sizeText(1028, c), "1.00 Kb");
+    EXPECT_EQ(AttachmentList::sizeText(0, c), "0.00 Kb");
+    EXPECT_EQ(AttachmentList::sizeText(2056, c), "2.00 Kb");
+    EXPECT_EQ(AttachmentList::sizeText(514, c), "0.50 Kb");
+    EXPECT_EQ(AttachmentList::sizeText(1028LL * 12345, c), "12,345.00 Kb");
+    EXPECT_EQ(AttachmentList::sizeText(1028LL * 1234 + 514, QLocale(QLocale::Italian)),
+              "1.234,50 Kb");
+    const auto row = AttachmentList::rowFor("/nowhere/listino prezzi.pdf", c);
+    EXPECT_EQ(row.name, "listino prezzi.pdf");
+    EXPECT_EQ(row.size, "0.00 Kb");
+    EXPECT_FALSE(AttachmentList::canRemove(0));
+    EXPECT_TRUE(AttachmentList::canRemove(1));
+}
+
+class MessageFileTest : public testing::Test {
+protected:
+    void SetUp() override {
+        root = dir.path() + "/";
+        writeBytes(root + "news/img/logo.png", QByteArray("\x89PNG logo bytes", 15));
+        writeBytes(root + "news/bg.gif", QByteArray(200, 'g'));
+        writeBytes(root + "docs/offer.pdf", QByteArray(58, 'p'));
+    }
+    MessageDocument docWith(const QString& body) {
+        MessageDocument d;
+        d.subject = "  Spring offer ";
+        d.body = body;
+        return d;
+    }
+    QTemporaryDir dir;
+    QString root;
+};
+
+TEST_F(MessageFileTest, LayoutObjectsAndDedupe) {
+    MessageDocument d = docWith("<html><body background=\"bg.gif\">\r\n<img src=\"img/logo.png\">"
+                                "<img src='img/logo.png'><img src=\"http://x.org/a.png\">"
+                                "<img src=\"data:image/png;base64,AAAA\"></body></html>\r\n");
+    d.attachments = {root + "news/img/logo.png", root + "docs/offer.pdf", root + "docs/offer.pdf"};
+    d.priorityHigh = d.priorityLow = true;
+    d.Modificato();
+    const auto r = MessageFile::SalvaMessaggio(d, root + "news/out.mss");
+    ASSERT_TRUE(r.ok()) << r.description.toStdString();
+    EXPECT_EQ(r.path, root + "news/out.mssx");
+    EXPECT_EQ(d.titleName, "[out.mssx]");
+    EXPECT_EQ(d.currentPath, root + "news/out.mssx");
+
+    const QByteArray bytes = readBytes(r.path);
+    ASSERT_TRUE(bytes.startsWith("\xFF\xFE"));
+    const QString text = fileText(r.path);
+    const QStringList lines = text.split("\r\n");
+    EXPECT_EQ(lines[0], "[<INI-SUBJ>]  Spring offer [<END-SUBJ>]");
+    EXPECT_EQ(lines[1], "[<INI-PRIO>]HI[<END-PRIO>]");
+    EXPECT_EQ(lines[2], "[<INI-ALLG>]");
+    EXPECT_EQ(lines[3], root + "news/img/logo.png");
+    EXPECT_EQ(lines[6], "[<END-ALLG>]");
+    EXPECT_TRUE(text.endsWith("[<END-OBJECT>]\r\n"));
+    // Three attachments (the duplicate kept, the body's logo too), then two distinct body files.
+    EXPECT_EQ(text.count("[<INI-FILE:"), 5);
+    EXPECT_EQ(text.count("logo.png>]"), 2);
+    EXPECT_EQ(text.count("bg.gif>]"), 1);
+    EXPECT_FALSE(text.contains("a.png>]"));
+    // 58 bytes: one full line, a break, and four more characters.
+    const qsizetype pdf = text.indexOf("offer.pdf>]\r\n") + 13;
+    EXPECT_EQ(text.mid(pdf, 76 + 2 + 4 + 2),
+              text.mid(pdf, 76) + "\r\n" + text.mid(pdf + 78, 4) + "\r\n");
+    EXPECT_EQ(text.mid(pdf + 84, 12), "[<END-FILE>]");
+}
+
+TEST_F(MessageFileTest, SaveOpenRoundTripRestoresObjectsAndBody) {
+    const QString body = "<html>\n<body>\r\n  <img src=\"img/logo.png\">\r\n</body></html>";
+    MessageDocument d = docWith(body);
+    d.attachments = {root + "docs/offer.pdf"};
+    d.priorityLow = true;
+    ASSERT_TRUE(MessageFile::SalvaMessaggio(d, root + "news/m.mssx").ok());
+
+    MessageDocument o;
+    o.NuovoMessaggio();
+    const auto r = MessageFile::ApriMessaggio(o, root + "news/m.mssx", root + "data/");
+    ASSERT_TRUE(r.ok()) << r.error.toStdString();
+    EXPECT_EQ(o.subject, "Spring offer");
+    EXPECT_EQ(o.priorityCode(), "LW");
+    EXPECT_EQ(o.body, body);
+    EXPECT_EQ(o.formatVersion, 4);
+    EXPECT_EQ(o.titleName, "[m.mssx]");
+    ASSERT_EQ(o.attachments.size(), 1);
+    EXPECT_EQ(o.attachments[0], o.restoreFolder + "offer.pdf");
+    EXPECT_EQ(readBytes(o.attachments[0]), readBytes(root + "docs/offer.pdf"));
+    EXPECT_EQ(readBytes(o.restoreFolder + "logo.png"), readBytes(root + "news/img/logo.png"));
+    EXPECT_TRUE(o.restoreFolder.startsWith(root + "data/Elaboration/"));
+
+    // Opening another message replaces the working folder.
+    const QString first = o.restoreFolder;
+    ASSERT_TRUE(MessageFile::ApriMessaggio(o, root + "news/m.mssx", root + "data/").ok());
+    EXPECT_NE(o.restoreFolder, first);
+    EXPECT_FALSE(QFileInfo::exists(first));
+    EXPECT_TRUE(QFileInfo::exists(o.restoreFolder + "logo.png"));
+}
+
+TEST_F(MessageFileTest, VersionThreeKeepsAttachmentPathsAndRestoresNothing) {
+    const QString v3 = "[<INI-SUBJ>] Old [<END-SUBJ>]\r\n[<INI-PRIO>]HI[<END-PRIO>]\r\n"
+                       "[<INI-ALLG>]\r\nC:\\doc\\listino.pdf\r\n[<END-ALLG>]\r\n[<INI-MESS>]\r\n"
+                       "<p>hi</p>\r\n[<END-MESS>]\r\n";
+    writeBytes(root + "old.mss", TextFile::encodeUtf16LE(v3));
+    MessageDocument o;
+    const auto r = MessageFile::ApriMessaggio(o, root + "old.mss", root + "data/");
+    ASSERT_TRUE(r.ok());
+    EXPECT_EQ(o.formatVersion, 3);
+    EXPECT_EQ(o.attachments, QStringList({"C:\\doc\\listino.pdf"}));
+    EXPECT_EQ(o.subject, "Old");
+    EXPECT_EQ(o.priorityCode(), "HI");
+    EXPECT_EQ(o.body, "<p>hi</p>");
+    EXPECT_TRUE(QDir(o.restoreFolder).isEmpty());
+    EXPECT_FALSE(MessageFile::ControllaSeVersione4(root + "old.mss"));
+}
+
+TEST_F(MessageFileTest, WindowsMadeFileInSingleByteTextRestoresByName) {
+    const QString v4 = "[<INI-SUBJ>]Caff\u00e8[<END-SUBJ>]\r\n[<INI-PRIO>]NR[<END-PRIO>]\r\n"
+                       "[<INI-ALLG>]\r\n[<END-ALLG>]\r\n[<INI-MESS>]\r\n"
+                       "<img src=\"c:\\m\\img\\logo.png\">\r\n[<END-MESS>]\r\n[<INI-OBJECT>]\r\n"
+                       "[<INI-FILE:c:\\m\\img\\logo.png>]\r\naGVsbG8=\r\n[<END-FILE>]\r\n"
+                       "[<END-OBJECT>]\r\n";
+    writeBytes(root + "win.mssx", v4.toLatin1());
+    const auto r = MessageFile::read(root + "win.mssx", root + "restore");
+    ASSERT_TRUE(r.ok()) << r.error.toStdString();
+    EXPECT_EQ(r.content.subject, QString::fromUtf8("Caffè"));
+    ASSERT_EQ(r.content.objects.size(), 1);
+    EXPECT_EQ(r.content.objects[0].name, "logo.png");
+    EXPECT_EQ(r.content.objects[0].size, 5);
+    EXPECT_EQ(readBytes(root + "restore/logo.png"), "hello");
+}
+
+TEST_F(MessageFileTest, ObjectsComeOnlyFromAfterTheBody) {
+    const QString text = "[<INI-SUBJ>]s[<END-SUBJ>]\r\n[<INI-PRIO>]NR[<END-PRIO>]\r\n"
+                         "[<INI-ALLG>]\r\n[<END-ALLG>]\r\n[<INI-MESS>]\r\n"
+                         "[<INI-FILE:c:\\evil.txt>]\r\naGVsbG8=\r\n[<END-FILE>]\r\n"
+                         "[<END-MESS>]\r\n[<INI-OBJECT>]\r\n[<END-OBJECT>]\r\n";
+    writeBytes(root + "q.mssx", TextFile::encodeUtf16LE(text));
+    const auto r = MessageFile::read(root + "q.mssx", root + "restore");
+    ASSERT_TRUE(r.ok());
+    EXPECT_TRUE(r.content.objects.isEmpty());
+    EXPECT_TRUE(r.content.body.contains("[<INI-FILE:"));
+    EXPECT_FALSE(QFileInfo::exists(root + "restore/evil.txt"));
+}
+
+TEST_F(MessageFileTest, BrokenFilesKeepTheCurrentDocument) {
+    MessageDocument keep = docWith("<p>mine</p>");
+    keep.markSaved(root + "mine.mssx");
+    const MessageDocument before = keep;
+    struct Case {
+        const char* name;
+        QByteArray bytes;
+    };
+    const QString good = "[<INI-SUBJ>]s[<END-SUBJ>]\r\n[<INI-PRIO>]NR[<END-PRIO>]\r\n"
+                         "[<INI-ALLG>]\r\n[<END-ALLG>]\r\n[<INI-MESS>]\r\nx\r\n[<END-MESS>]\r\n";
+    const QByteArray utf16 = TextFile::encodeUtf16LE(good);
+    const QList<Case> cases = {
+        {"empty", QByteArray()},
+        {"odd_utf16", utf16 + 'x'},
+        {"truncated", utf16.left(utf16.size() / 2)},
+        {"no_tags", QByteArray("<html>just a page</html>")},
+        {"tags_out_of_order", TextFile::encodeUtf16LE(u"[<END-MESS>][<INI-SUBJ>][<END-SUBJ>]"
+                                                      u"[<INI-PRIO>][<END-PRIO>][<INI-ALLG>]"
+                                                      u"[<END-ALLG>][<INI-MESS>]")},
+    };
+    for (const Case& c : cases) {
+        writeBytes(root + "bad.mssx", c.bytes);
+        const auto r = MessageFile::ApriMessaggio(keep, root + "bad.mssx", root + "data/");
+        EXPECT_FALSE(r.ok()) << c.name;
+        EXPECT_FALSE(r.error.isEmpty()) << c.name;
+        EXPECT_EQ(keep.body, before.body) << c.name;
+        EXPECT_EQ(keep.titleName, before.titleName) << c.name;
+        EXPECT_EQ(keep.restoreFolder, before.restoreFolder) << c.name;
+    }
+    EXPECT_FALSE(MessageFile::ApriMessaggio(keep, root + "missing.mssx", root + "data/").ok());
+}
+
+TEST_F(MessageFileTest, FailedSaveLeavesThePreviousFileExactly) {
+    MessageDocument d = docWith("<img src=\"img/logo.png\">");
+    ASSERT_TRUE(MessageFile::SalvaMessaggio(d, root + "news/keep.mssx").ok());
+    const QByteArray before = readBytes(root + "news/keep.mssx");
+    d.body = "<img src=\"img/gone.png\">";
+    d.Modificato();
+    const auto r = MessageFile::SalvaMessaggio(d, root + "news/keep.mssx");
+    EXPECT_FALSE(r.ok());
+    EXPECT_TRUE(r.description.contains("gone.png"));
+    EXPECT_EQ(readBytes(root + "news/keep.mssx"), before);
+    EXPECT_TRUE(d.DaSalvare());
+    EXPECT_EQ(QDir(root + "news").entryList(QDir::Files), QStringList({"bg.gif", "keep.mssx"}));
+
+    const auto noFolder = MessageFile::SalvaMessaggio(d, root + "nowhere/x.mssx");
+    EXPECT_FALSE(noFolder.ok());
+    EXPECT_TRUE(noFolder.description.contains("\r\nPath: " + root + "nowhere/\r\nFile: x.mssx"));
+}
+
+TEST_F(MessageFileTest, SpamCheckCopyKeepsTheDocumentUnsaved) {
+    MessageDocument d = docWith("<p>x</p>");
+    d.Modificato();
+    const auto r = MessageFile::SalvaMessaggioPerCheckSpam(d, root + "tmp.mss");
+    ASSERT_TRUE(r.ok());
+    EXPECT_TRUE(QFileInfo::exists(root + "tmp.mss"));
+    EXPECT_TRUE(d.DaSalvare());
+    EXPECT_TRUE(d.currentPath.isEmpty());
+    EXPECT_TRUE(MessageFile::ControllaFormatoFileMessaggio(root + "tmp.mss"));
+}
+
+} // namespace
