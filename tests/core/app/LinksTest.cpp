@@ -1,0 +1,78 @@
+#include "core/app/Links.h"
+#include "core/app/TextFile.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+using namespace quillora;
+
+namespace {
+
+TEST(Links, ReadsTheShippedFile) {
+    const Links links = Links::read(QStringLiteral(QUILLORA_SOURCE_DIR "/data/Links.dll"));
+    EXPECT_EQ(links.siteFor(u"Italiano"), "https://www.quillora.example/it/");
+    EXPECT_EQ(links.siteFor(u"English"), "https://www.quillora.example/en/");
+    EXPECT_EQ(links.siteFor(QString::fromUtf8("Espa\xC3\xB1ol")),
+              "https://www.quillora.example/es/");
+    EXPECT_EQ(links.support, "support@quillora.example");
+    EXPECT_EQ(links.readCounter, "https://www.quillora.example");
+}
+
+TEST(Links, LanguageMustMatchExactly) {
+    const Links links =
+        Links::parse({"site.Italiano: https://it.example/", "site.Deutsch: https://de.example/"});
+    EXPECT_EQ(links.siteFor(u"Italiano"), "https://it.example/");
+    EXPECT_EQ(links.siteFor(u"italiano"), "");
+    EXPECT_EQ(links.siteFor(u"Italiano "), "");
+    EXPECT_EQ(links.siteFor(u"Deutsch"), "");
+    EXPECT_EQ(links.siteFor(u""), "");
+}
+
+TEST(Links, ToleratesGarbageAndRefusesUnsafeValues) {
+    const Links links = Links::parse({
+        "",
+        "no colon here",
+        ": https://nokey.example/",
+        "  support :  help@team.example  ",
+        "support: someone@x.example?cc=evil@y.example", // would add a recipient
+        "support: two words@x.example",
+        "site.English: javascript:alert(1)",
+        "site.English: ftp://files.example/",
+        "site.English: https://",
+        "readcounter: https://count.example/readcount.asp",
+        "readcounter: not a url",
+        "SITE.English: https://upper.example/",
+        "site.Español: https://es.example/?q=a:b",
+    });
+    EXPECT_EQ(links.support, "help@team.example");
+    EXPECT_EQ(links.siteFor(u"English"), "");
+    EXPECT_EQ(links.readCounter, "https://count.example/readcount.asp");
+    EXPECT_EQ(links.siteFor(QString::fromUtf8("Espa\xC3\xB1ol")), "https://es.example/?q=a:b");
+}
+
+TEST(Links, LaterLinesWinAndLinesReadBack) {
+    const Links links = Links::parse(
+        {"site.English: https://a.example/", "site.English: https://b.example/", "support: a@b.c"});
+    EXPECT_EQ(links.siteFor(u"English"), "https://b.example/");
+    EXPECT_EQ(Links::parse(links.lines()), links);
+    EXPECT_EQ(Links::parse({}).lines(), QStringList());
+}
+
+TEST(Links, MissingOrOversizedFileGivesNothing) {
+    QTemporaryDir dir;
+    EXPECT_EQ(Links::read(dir.filePath("Links.dll")), Links{});
+    QFile big(dir.filePath("big.dll"));
+    ASSERT_TRUE(big.open(QIODevice::WriteOnly));
+    big.write("support: a@b.c\r\n");
+    big.write(QByteArray(Links::kMaxFileBytes, ' '));
+    big.close();
+    EXPECT_EQ(Links::read(big.fileName()), Links{});
+    // Written by the program (UTF-16 with a byte-order mark) reads as well.
+    ASSERT_TRUE(TextFile::writeLines(
+        dir.filePath("u16.dll"), {QString::fromUtf8("site.Espa\xC3\xB1ol: https://es.example/")}));
+    EXPECT_EQ(Links::read(dir.filePath("u16.dll")).siteFor(QString::fromUtf8("Espa\xC3\xB1ol")),
+              "https://es.example/");
+}
+
+} // namespace
