@@ -1,0 +1,26 @@
+#include "gui/app/ProgramIcon.h"
+
+// The resource file sits in a static library: nothing would pull its object file into the
+// executable without this reference.
+static void initAppIcons() {
+    Q_INIT_RESOURCE(app_icons);
+}
+
+namespace quillora::gui {
+
+QIcon programIcon() {
+    static const QIcon icon = [] {
+        initAppIcons();
+        QIcon i;
+        for (int size : {16, 32, 48, 128})
+            i.addFile(QStringLiteral(":/icons/quillora-%1.png").arg(size), QSize(size, size));
+        return i;
+    }();
+    return icon;
+}
+
+QPixmap programPixmap(int size) {
+    return programIcon().pixmap(QSize(size, size));
+}
+
+} // namespace quillora::gui

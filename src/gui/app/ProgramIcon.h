@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QIcon>
+#include <QPixmap>
+
+// The program's own icon, drawn for 16, 32, 48 and 128 pixels.
+namespace quillora::gui {
+
+QIcon programIcon();
+// The nearest drawn size, scaled smoothly when no drawing has exactly this size.
+QPixmap programPixmap(int size);
+
+} // namespace quillora::gui
