@@ -9,7 +9,7 @@ PACKAGES=(
   libgumbo-dev libvmime-dev libfreeimage-dev
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   clang libclang-rt-14-dev clang-format
-  xvfb xauth
+  xvfb xauth breeze-icon-theme libqt6svg6
 )
 
 missing=()

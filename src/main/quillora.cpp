@@ -4,6 +4,7 @@
 #include "gui/app/bMain.h"
 
 #include <QApplication>
+#include <QIcon>
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
@@ -12,6 +13,12 @@ int main(int argc, char** argv) {
     QApplication::setApplicationVersion(QStringLiteral("%1.%2")
                                             .arg(QUILLORA_VERSION_MAJOR)
                                             .arg(QUILLORA_VERSION_MINOR, 2, 10, QLatin1Char('0')));
+    // Without a desktop session there is no icon theme (nor, offscreen, a search path).
+    if (QIcon::themeSearchPaths().isEmpty())
+        QIcon::setThemeSearchPaths({QStringLiteral("/usr/share/icons")});
+    if (QIcon::themeName().isEmpty() || QIcon::themeName() == QLatin1String("hicolor"))
+        QIcon::setThemeName(QStringLiteral("breeze"));
+    QIcon::setFallbackThemeName(QStringLiteral("breeze"));
     quillora::gui::bMain::installSignalHandlers();
     QStringList args = QApplication::arguments();
     args.removeFirst();

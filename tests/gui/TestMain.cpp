@@ -1,5 +1,6 @@
 // GUI tests share one QApplication, offscreen (set per test by CMake).
 #include <QApplication>
+#include <QIcon>
 #include <gtest/gtest.h>
 
 int main(int argc, char** argv) {
@@ -10,6 +11,11 @@ int main(int argc, char** argv) {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Quillora"));
     QApplication::setApplicationDisplayName(QStringLiteral("Quillora"));
+    // Without a desktop session there is no icon theme (nor, offscreen, a search path).
+    if (QIcon::themeSearchPaths().isEmpty())
+        QIcon::setThemeSearchPaths({QStringLiteral("/usr/share/icons")});
+    if (QIcon::themeName().isEmpty() || QIcon::themeName() == QLatin1String("hicolor"))
+        QIcon::setThemeName(QStringLiteral("breeze"));
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

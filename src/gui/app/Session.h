@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/app/Folders.h"
+#include "core/app/Links.h"
 #include "core/app/bImpostazioni.h"
 
 #include <QString>
@@ -13,6 +14,8 @@ struct Session {
     QString currentLanguage; // first line of LANGz.lng
     int windowsUserKind = 1; // 0 administrator, 1 normal user
     QString pathElaboration; // working folder of the current message
+    QString baseFolder;      // relative references of a loaded body resolve against it
+    Links links;             // web-site and support addresses
     bImpostazioni::WindowPlacement placement;
     bImpostazioni::FieldNames fieldNames;
 };

@@ -8,14 +8,17 @@
 #include "core/app/bFunctions.h"
 #include "gui/app/Session.h"
 #include "gui/app/WindowHelpers.h"
+#include "gui/app/frmSplash.h"
 #include "gui/editor/frmMain.h"
 
 #include <QApplication>
 #include <QLocale>
 #include <QPointer>
+#include <QProgressBar>
 #include <QSocketNotifier>
 #include <QTimer>
 #include <csignal>
+#include <memory>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -64,39 +67,71 @@ void installSignalHandlers() {
 }
 
 int Main(QApplication& app, const Folders& folders, const QString& commandLineFile) {
-    Session& s = session();
-    s.folders = folders;
-    Provisioning::ensureDataFolders(folders, ProgramFolders::defaultsFolder(folders),
-                                    QLocale::system().name());
-    s.currentLanguage = readCurrentLanguage(folders);
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    frmSplash splash;
+    splash.Form_Load();
+    splash.show();
+    QApplication::processEvents();
 
-    const StoreResult db = AccountStore::open(folders.accountDatabase());
-    bError::InitError(folders);
-    if (!db.ok()) {
-        ShowErrorReport(QStringLiteral("frmSplash.Form_Activate()"), 0, db.error);
-        return 1;
+    int rc = 0;
+    std::unique_ptr<frmMain> window;
+    // The sequence runs on the splash window's first activation only.
+    if (splash.firstActivation()) {
+        FormOnTop(&splash);
+        QApplication::processEvents();
+        Session& s = session();
+        s.folders = folders;
+        Provisioning::ensureDataFolders(folders, ProgramFolders::defaultsFolder(folders),
+                                        QLocale::system().name());
+        s.currentLanguage = readCurrentLanguage(folders);
+        s.links = Links::read(folders.linksFile());
+        splash.Form_Load(); // the version and the links, now that the program folder is known
+
+        const StoreResult db = AccountStore::open(folders.accountDatabase());
+        bError::InitError(folders);
+        if (!db.ok()) {
+            QApplication::restoreOverrideCursor();
+            ShowErrorReport(QStringLiteral("frmSplash.Form_Activate()"), 0, db.error, &splash);
+            return 1;
+        }
+        s.windowsUserKind = Provisioning::userKind();
+        bError::wrtErrFree(s.windowsUserKind == 0
+                               ? QStringLiteral("UtenteWindows.......: Administrator")
+                               : QStringLiteral("UtenteWindows.......: NormalUser"));
+        bError::wrtErrFree(QLatin1String(bError::kHyphens));
+        bError::wrtErrFree(QStringLiteral("### LOG FUNZIONI APPLICAZIONE ###"));
+
+        window = std::make_unique<frmMain>();
+        splash.PRG()->setValue(splash.PRG()->maximum() / 2);
+        window->Form_Load(commandLineFile);
+        splash.PRG()->setValue(splash.PRG()->maximum());
     }
-    s.windowsUserKind = Provisioning::userKind();
-    bError::wrtErrFree(s.windowsUserKind == 0
-                           ? QStringLiteral("UtenteWindows.......: Administrator")
-                           : QStringLiteral("UtenteWindows.......: NormalUser"));
-    bError::wrtErrFree(QLatin1String(bError::kHyphens));
-    bError::wrtErrFree(QStringLiteral("### LOG FUNZIONI APPLICAZIONE ###"));
+    // Closing the splash shows the main window.
+    splash.close();
+    QApplication::restoreOverrideCursor();
+    if (!window)
+        return 1;
+    window->show();
+    QObject::connect(window.get(), &frmMain::closed, &app, &QApplication::quit,
+                     Qt::QueuedConnection);
 
-    frmMain window;
-    window.Form_Load(commandLineFile);
-    window.show();
-
-    // A development hook for scripts without a display: save a picture of the window.
+    // A development hook for scripts without a display: save a picture of the window once
+    // its first document is in the visual page.
     const QString shot = qEnvironmentVariable("QUILLORA_SCREENSHOT");
     if (!shot.isEmpty()) {
-        QPointer<frmMain> guard(&window);
-        QTimer::singleShot(1500, &window, [guard, shot] {
-            if (guard)
-                guard->grab().save(shot);
-        });
+        QPointer<frmMain> guard(window.get());
+        QObject::connect(
+            window.get(), &frmMain::documentLoaded, window.get(),
+            [guard, shot] {
+                QTimer::singleShot(700, guard, [guard, shot] {
+                    if (guard)
+                        guard->grab().save(shot);
+                });
+            },
+            Qt::SingleShotConnection);
     }
-    const int rc = app.exec();
+    rc = app.exec();
+    window.reset();
     AccountStore::close();
     return rc;
 }

@@ -1,17 +1,28 @@
 #include "gui/editor/frmMain.h"
 
-#include "core/app/TextFile.h"
+#include "core/app/Folders.h"
 #include "core/app/bError.h"
 #include "core/app/bImpostazioni.h"
+#include "core/editor/CommandTable.h"
 #include "gui/app/Session.h"
 #include "gui/app/WindowHelpers.h"
+#include "gui/editor/SourceView.h"
+#include "gui/editor/VisualSurface.h"
+#include "gui/message/frmAllegati.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDockWidget>
 #include <QFile>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QSaveFile>
 #include <QStatusBar>
+#include <QTabWidget>
+#include <QTimer>
+#include <QToolBar>
+#include <QVBoxLayout>
 
 namespace quillora::gui {
 
@@ -23,16 +34,93 @@ void phase(const char* line) {
 
 frmMain::frmMain(QWidget* parent) : QMainWindow(parent) {
     setObjectName(QStringLiteral("frmMain"));
-    auto* centre = new QLabel(this);
-    centre->setObjectName(QStringLiteral("lblWorkspace"));
-    centre->setAlignment(Qt::AlignCenter);
-    setCentralWidget(centre);
-    statusBar()->setObjectName(QStringLiteral("stcHelp"));
-    CambiaTitoloEditor(QStringLiteral("[NuovoFile.mssx]"));
+    setWindowIcon(QIcon(QStringLiteral(":/quillora/quillora-48.png")));
+    setDockNestingEnabled(true);
+    m_texts = Texts::builtIn(session().currentLanguage);
+    m_bars.build(this, [this](const QString& id) { Dks_CommandClick(id); });
+    buildPages();
+    buildPanes();
+    connectPages();
+    CambiaTitoloEditor();
 }
 
-void frmMain::CambiaTitoloEditor(const QString& titleName) {
-    setWindowTitle(QStringLiteral("Quillora - ") + titleName);
+frmMain::~frmMain() = default;
+
+void frmMain::buildPages() {
+    auto* centre = new QWidget(this);
+    auto* layout = new QVBoxLayout(centre);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+
+    Tbs = new QTabWidget(centre);
+    Tbs->setObjectName(QStringLiteral("Tbs"));
+    Tbs->setDocumentMode(true);
+    Tbs->setTabPosition(QTabWidget::South);
+    DHTML = new VisualSurface(true, Tbs);
+    DHTML->setObjectName(QStringLiteral("DHTML"));
+    CODE = new SourceView(Tbs);
+    WEB = new VisualSurface(false, Tbs);
+    WEB->setObjectName(QStringLiteral("WEB"));
+    Tbs->addTab(DHTML, QIcon::fromTheme(QStringLiteral("document-edit")), QStringLiteral("Design"));
+    Tbs->addTab(CODE, QIcon::fromTheme(QStringLiteral("text-html")), QStringLiteral("HTML"));
+    Tbs->addTab(WEB, QIcon::fromTheme(QStringLiteral("document-preview")),
+                QStringLiteral("Preview"));
+    Tbs->setTabToolTip(PageVisual, QStringLiteral("Edit the message as it will look"));
+    Tbs->setTabToolTip(PageSource, QStringLiteral("Edit the message's HTML source"));
+    Tbs->setTabToolTip(PagePreview, QStringLiteral("See the message as recipients will"));
+    layout->addWidget(Tbs, 1);
+
+    // The tag path bar under the pages.
+    auto* tagBar = new QWidget(centre);
+    tagBar->setObjectName(QStringLiteral("picTag"));
+    auto* tagLayout = new QHBoxLayout(tagBar);
+    tagLayout->setContentsMargins(6, 2, 6, 2);
+    tagLayout->setSpacing(5);
+    lblTags = new QLabel(QStringLiteral("TAG: "), tagBar);
+    lblTags->setObjectName(QStringLiteral("lblTags"));
+    lblTags->setTextFormat(Qt::PlainText);
+    lblTag = new QLabel(tagBar);
+    lblTag->setObjectName(QStringLiteral("lblTag"));
+    lblTag->setTextFormat(Qt::PlainText);
+    QFont bold = lblTag->font();
+    bold.setBold(true);
+    lblTag->setFont(bold);
+    tagLayout->addWidget(lblTags);
+    tagLayout->addWidget(lblTag);
+    tagLayout->addStretch(1);
+    layout->addWidget(tagBar);
+    setCentralWidget(centre);
+
+    stcHelp = new QLabel(this);
+    stcHelp->setObjectName(QStringLiteral("stcHelp"));
+    stcX = new QLabel(QStringLiteral("X: 0"), this);
+    stcX->setObjectName(QStringLiteral("stcX"));
+    stcX->setMinimumWidth(60);
+    stcY = new QLabel(QStringLiteral("Y: 0"), this);
+    stcY->setObjectName(QStringLiteral("stcY"));
+    stcY->setMinimumWidth(60);
+    statusBar()->addWidget(stcHelp, 1);
+    statusBar()->addPermanentWidget(stcX);
+    statusBar()->addPermanentWidget(stcY);
+}
+
+void frmMain::buildPanes() {
+    dckAllegati = new QDockWidget(QStringLiteral("Attachments"), this);
+    dckAllegati->setObjectName(QStringLiteral("dckAllegati"));
+    m_allegati = new frmAllegati(dckAllegati);
+    dckAllegati->setWidget(m_allegati);
+    connect(m_allegati, &frmAllegati::modified, this, &frmMain::Modificato);
+    connect(m_allegati, &frmAllegati::helpText, stcHelp, &QLabel::setText);
+    m_visualPanes << dckAllegati;
+}
+
+void frmMain::CambiaTitoloEditor() {
+    setWindowTitle(m_doc.CambiaTitoloEditor());
+}
+
+void frmMain::Modificato() {
+    m_doc.Modificato();
+    CambiaTitoloEditor();
 }
 
 void frmMain::Form_Load(const QString& commandLineFile) {
@@ -41,24 +129,88 @@ void frmMain::Form_Load(const QString& commandLineFile) {
         QFile layout(s.folders.layoutFile());
         if (layout.open(QIODevice::ReadOnly))
             restoreState(layout.readAll());
+        // The border and detail displays follow their buttons; the border button is looked up
+        // as "cdmShowBorder", a name no button has, so only the details take effect here.
+        if (QAction* borders = m_bars.action(QStringLiteral("cdmShowBorder")))
+            DHTML->setShowBorders(borders->isChecked());
+        if (QAction* details = m_bars.action(QStringLiteral("cmdShowDetails")))
+            DHTML->setShowDetails(details->isChecked());
     }
+    phase("### Colori e Icone Tab ###");
+    Tbs->setStyleSheet(QStringLiteral("QTabBar::tab:selected { font-weight: bold; }"));
+    CheckToolBar(true);
+    CheckToolbarStatus();
+
+    phase("### xxxLANGUAGExxx ###");
+    m_texts = Texts::builtIn(s.currentLanguage);
+
     phase("### CaricaNomiCampi ###");
     bImpostazioni::CaricaNomiCampi(s.folders.fieldNameFile(), s.fieldNames);
+    for (int i = 0; i < 9; ++i) {
+        QAction* a = m_bars.action(QStringLiteral("cmdVarCampo%1").arg(i + 1));
+        if (a && !s.fieldNames[size_t(i)].isEmpty())
+            a->setText(s.fieldNames[size_t(i)]);
+    }
+
     phase("### LeggiIMP ###");
     bImpostazioni::LeggiIMP(s.folders.placementFile(), s.placement);
     applyPlacement();
+
+    phase("### CaricaFont ###");
+    CaricaFont();
+    phase("### CaricaSize ###");
+    CaricaSize();
+    phase("### ColoraEditCode ###");
+    ColoraEditCode();
+    phase("### NuovoMessaggio ###");
+    NuovoMessaggio();
+
+    phase("### DockAllegati ###");
+    if (!dockWidgetArea(dckAllegati) || dockWidgetArea(dckAllegati) == Qt::NoDockWidgetArea)
+        addDockWidget(Qt::RightDockWidgetArea, dckAllegati);
+    phase("### DockAllegati 2 ###");
+    restoreDockWidget(dckAllegati);
+    phase("### DockMemory ###");
+    phase("### DockMemory 2 ###");
+    phase("### DockAttributes ###");
+    phase("### DockAttributes 2 ###");
+    phase("### PopColori ###");
+    phase("### Visualizzo finestre Dock ###");
+    for (QDockWidget* d : m_visualPanes)
+        d->show();
+
     phase("### Command ###");
-    if (!commandLineFile.isEmpty())
-        bError::wrtErrFree(QStringLiteral("-- Command -- File: ") + commandLineFile);
+    QString named = commandLineFile;
+    named.remove(u'"');
+    if (!named.isEmpty()) {
+        const QString file = CheckDosFielName(named);
+        bError::wrtErrFree(QStringLiteral("-- Command -- File: ") + file);
+        // Give the freshly shown page half a second, and its first document, before opening.
+        QPointer<frmMain> self(this);
+        QTimer::singleShot(500, this, [self, file] {
+            if (!self)
+                return;
+            auto open = [self, file] {
+                if (self)
+                    self->ApriMessaggio(file);
+            };
+            if (self->DHTML->isReady())
+                open();
+            else
+                connect(self->DHTML, &VisualSurface::documentComplete, self, open,
+                        Qt::SingleShotConnection);
+        });
+    }
 }
 
 void frmMain::applyPlacement() {
     const auto& p = session().placement;
     const double tpp = twipsPerPixel(this);
     QRect r(int(p.left / tpp), int(p.top / tpp), int(p.width / tpp), int(p.height / tpp));
-    if (r.width() < 200 || r.height() < 150)
-        r.setSize(r.size().expandedTo(minimumSizeHint()).expandedTo(QSize(800, 600)));
+    if (r.width() < 400 || r.height() < 300)
+        r.setSize(r.size().expandedTo(QSize(1000, 700)));
     r = pullOntoScreen(r);
+    setWindowState(Qt::WindowNoState);
     move(r.topLeft());
     resize(r.size());
     if (p.state == bImpostazioni::kWindowMaximised)
@@ -86,11 +238,27 @@ void frmMain::changeEvent(QEvent* event) {
     QMainWindow::changeEvent(event);
 }
 
+// The placement file keeps the last normal placement, so it follows every move and resize of a
+// normal window.
+void frmMain::moveEvent(QMoveEvent* event) {
+    QMainWindow::moveEvent(event);
+    if (windowState() == Qt::WindowNoState && isVisible())
+        rememberPlacement();
+}
+
+void frmMain::resizeEvent(QResizeEvent* event) {
+    QMainWindow::resizeEvent(event);
+    if (windowState() == Qt::WindowNoState && isVisible())
+        rememberPlacement();
+}
+
 void frmMain::ChiudiEDITOR() {
     if (m_closing)
         return;
     m_closing = true;
     Session& s = session();
+    if (DaSalvare())
+        askToSave();
     rememberPlacement();
     bImpostazioni::ScriviIMP(s.folders.placementFile(), s.placement);
     {
@@ -100,16 +268,23 @@ void frmMain::ChiudiEDITOR() {
             layout.commit();
         }
     }
-    if (!s.pathElaboration.isEmpty())
-        CancellaPercorsoTemporaneo(s.pathElaboration);
+    if (!m_doc.restoreFolder.isEmpty())
+        CancellaPercorsoTemporaneo(m_doc.restoreFolder);
+    s.pathElaboration.clear();
     bError::EndError();
-    QApplication::exit(0);
+    hide();
+    emit closed();
 }
 
 void frmMain::closeEvent(QCloseEvent* event) {
     // The window system never closes us on its own: every route out is ChiudiEDITOR.
     event->ignore();
     ChiudiEDITOR();
+}
+
+void frmMain::reportError(const QString& routine, const QString& description) {
+    ShowErrorReport(QStringLiteral("frmMain.") + routine + QStringLiteral("()"), 0, description,
+                    this);
 }
 
 } // namespace quillora::gui

@@ -1,32 +1,123 @@
 #pragma once
 
+#include "core/app/Texts.h"
+#include "core/message/MessageDocument.h"
+#include "gui/editor/CommandBars.h"
+
 #include <QMainWindow>
+#include <QPointer>
+#include <QTemporaryDir>
+#include <functional>
+
+class QDockWidget;
+class QLabel;
+class QTabWidget;
 
 namespace quillora::gui {
 
-// The editor's main window. Closing it always goes through ChiudiEDITOR.
+class SourceView;
+class VisualSurface;
+class frmAllegati;
+
+// The editor's main window: the three pages, the command bars, the attachments pane and the
+// message being edited. Its routines are split by concern over frmMain*.cpp files.
 class frmMain : public QMainWindow {
     Q_OBJECT
 public:
     explicit frmMain(QWidget* parent = nullptr);
+    ~frmMain() override;
 
-    // The loading phases, each announced in the log.
+    // Start-up: the loading phases, each announced in the log, then the command-line file.
     void Form_Load(const QString& commandLineFile);
 
-    // Save placement and layout, delete the working folder, write the closing lines, quit.
+    // Shutdown: the save question, placement and layout, working folder, closing log lines.
     void ChiudiEDITOR();
 
-    void CambiaTitoloEditor(const QString& titleName);
+    // Commands (frmMainCommands.cpp).
+    void Dks_CommandClick(const QString& id);
+    void CheckButtonMail();
+    void CheckButtonCODE();
+    void CheckToolbarStatus();
+    void CheckToolBar(bool formattingAllowed);
+    void InsertHtmlCode(const QString& html);
 
-    // LeggiIMP applied to this window, ScriviIMP taken from it.
+    // Pages (frmMainPages.cpp).
+    enum Page { PageVisual = 0, PageSource = 1, PagePreview = 2 };
+    void Tbs_SelectedChanged(int page);
+    void VisualizzaTag();
+    void RefreshPos(int x, int y);
+
+    // The message (frmMainFiles.cpp).
+    void NuovoMessaggio();
+    bool ApriMessaggio(QString path = QString());
+    bool SalvaMessaggio(const QString& path);
+    bool RiSalva();
+    bool SalvaMessaggioConNome();
+    void Modificato();
+    bool DaSalvare() const { return m_doc.DaSalvare(); }
+    void CambiaTitoloEditor();
+
+    // Placement in twips (LeggiIMP / ScriviIMP applied to this window).
     void applyPlacement();
     void rememberPlacement();
+
+    // The current body: from the page that holds it.
+    std::optional<QString> bodyHtml();
+
+    const MessageDocument& document() const { return m_doc; }
+    VisualSurface* visualPage() const { return DHTML; }
+    VisualSurface* previewPage() const { return WEB; }
+    SourceView* sourcePage() const { return CODE; }
+    QTabWidget* tabs() const { return Tbs; }
+    frmAllegati* attachments() const { return m_allegati; }
+    CommandBars& bars() { return m_bars; }
+    Texts& texts() { return m_texts; }
+
+    // A file dialog answer for scripted runs and tests: when set, dialogs are not shown.
+    static void setFileChooser(std::function<QString(const QString& title, bool save)> chooser);
+
+signals:
+    void documentLoaded(); // a message, new or opened, is in the visual page
+    void closed();         // ChiudiEDITOR has run: the program ends
 
 protected:
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void moveEvent(QMoveEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void buildPages();
+    void buildPanes();
+    void connectPages();
+    void CaricaFont();
+    void CaricaSize();
+    void ColoraEditCode();
+    void showNotAvailable(const QString& id);
+    void showBody(const QString& html, bool markModifiedWhenChanged);
+    QString workFolder();
+    QString chooseFile(const QString& title, const QString& filter, bool save);
+    bool askToSave();
+    void collectDocument();
+    void reportError(const QString& routine, const QString& description);
+
+    MessageDocument m_doc;
+    CommandBars m_bars;
+    Texts m_texts;
+    QTabWidget* Tbs = nullptr;
+    VisualSurface* DHTML = nullptr;
+    SourceView* CODE = nullptr;
+    VisualSurface* WEB = nullptr;
+    QLabel* lblTags = nullptr;
+    QLabel* lblTag = nullptr;
+    QLabel* stcHelp = nullptr;
+    QLabel* stcX = nullptr;
+    QLabel* stcY = nullptr;
+    frmAllegati* m_allegati = nullptr;
+    QDockWidget* dckAllegati = nullptr;
+    QList<QDockWidget*> m_visualPanes;
+    QTemporaryDir m_scratch;
+    int m_page = PageVisual;
     bool m_closing = false;
 };
 

@@ -1,0 +1,150 @@
+// Start-up to an editable document, next to a bare web view loading the same page, and a
+// visual -> source -> visual round trip on a 1 MB newsletter.
+//
+// Each start is measured in a fresh process (the web engine's first start dominates), in
+// alternating order, and the median of five is printed.
+#include "core/app/Folders.h"
+#include "core/app/Provisioning.h"
+#include "core/app/TextFile.h"
+#include "core/app/bError.h"
+#include "core/message/MessageDocument.h"
+#include "gui/app/Session.h"
+#include "gui/editor/VisualSurface.h"
+#include "gui/editor/frmMain.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QProcess>
+#include <QTabWidget>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <QWebEngineView>
+#include <algorithm>
+#include <cstdio>
+
+using namespace quillora;
+using namespace quillora::gui;
+
+namespace {
+
+bool waitFor(QObject* sender, const char* signal, int ms = 60000) {
+    QEventLoop loop;
+    QObject::connect(sender, signal, &loop, SLOT(quit()));
+    QTimer::singleShot(ms, &loop, [&loop] { loop.exit(1); });
+    return loop.exec() == 0;
+}
+
+void prepareSession(const QTemporaryDir& dir) {
+    Session& s = session();
+    s.currentLanguage = QStringLiteral("English");
+    s.folders = Folders::derive(dir.filePath("app"), dir.filePath("docs"));
+    QDir().mkpath(s.folders.appPath);
+    Provisioning::ensureDataFolders(s.folders, QStringLiteral(QUILLORA_SOURCE_DIR "/data/defaults"),
+                                    "en_US");
+    bError::InitError(s.folders);
+}
+
+// One start, in this process; prints the milliseconds.
+int startOnce(const QString& mode, QElapsedTimer& clock) {
+    QTemporaryDir dir;
+    if (mode == QLatin1String("bare")) {
+        const QString page = dir.filePath("page.html");
+        TextFile::writeText(page, NewMessageSkeleton());
+        QWebEngineView view;
+        view.resize(1000, 700);
+        view.show();
+        view.load(QUrl::fromLocalFile(page));
+        if (!waitFor(&view, SIGNAL(loadFinished(bool))))
+            return 1;
+    } else {
+        prepareSession(dir);
+        frmMain window;
+        window.Form_Load(QString());
+        window.show();
+        if (!waitFor(&window, SIGNAL(documentLoaded())))
+            return 1;
+    }
+    std::printf("%lld\n", static_cast<long long>(clock.elapsed()));
+    return 0;
+}
+
+double median(std::vector<double> v) {
+    std::sort(v.begin(), v.end());
+    return v[v.size() / 2];
+}
+
+int switchPages() {
+    QTemporaryDir dir;
+    prepareSession(dir);
+    frmMain window;
+    window.Form_Load(QString());
+    window.resize(1200, 800);
+    window.show();
+    waitFor(&window, SIGNAL(documentLoaded()));
+
+    // About 1 MB: a real newsletter's body repeated inside one document.
+    const QString page =
+        TextFile::read(
+            QStringLiteral(QUILLORA_SOURCE_DIR "/../shared/corpus/html/colorlib-16/index.html"))
+            .text;
+    const qsizetype bodyStart = page.indexOf(QLatin1String("<body"));
+    const qsizetype bodyEnd = page.lastIndexOf(QLatin1String("</body>"));
+    const QString inner = page.mid(page.indexOf(u'>', bodyStart) + 1, bodyEnd - bodyStart);
+    QString big = page.left(page.indexOf(u'>', bodyStart) + 1);
+    while (big.size() < 1024 * 1024)
+        big += inner;
+    big += QStringLiteral("</body></html>");
+    window.visualPage()->setDocumentHTML(big, dir.path() + u'/');
+    waitFor(window.visualPage(), SIGNAL(documentComplete()));
+
+    std::vector<double> times;
+    for (int i = 0; i < 5; ++i) {
+        QElapsedTimer t;
+        t.start();
+        window.tabs()->setCurrentIndex(frmMain::PageSource);
+        window.tabs()->setCurrentIndex(frmMain::PageVisual);
+        waitFor(window.visualPage(), SIGNAL(documentComplete()));
+        times.push_back(double(t.elapsed()));
+    }
+    std::printf("visual -> source -> visual on %.2f MB: median %.0f ms\n",
+                double(big.toUtf8().size()) / 1e6, median(times));
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QElapsedTimer clock;
+    clock.start();
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
+    QApplication app(argc, argv);
+    const QStringList args = QApplication::arguments();
+    if (args.size() > 1 && (args[1] == QLatin1String("bare") || args[1] == QLatin1String("editor")))
+        return startOnce(args[1], clock);
+    if (args.size() > 1 && args[1] == QLatin1String("switch"))
+        return switchPages();
+
+    std::vector<double> bare, editor;
+    for (int i = 0; i < 5; ++i) {
+        for (const char* mode : {"bare", "editor"}) {
+            QProcess p;
+            p.start(QApplication::applicationFilePath(), {QString::fromLatin1(mode)});
+            p.waitForFinished(120000);
+            const double ms = QString::fromLatin1(p.readAllStandardOutput()).trimmed().toDouble();
+            (QLatin1String(mode) == QLatin1String("bare") ? bare : editor).push_back(ms);
+        }
+    }
+    const double b = median(bare), e = median(editor);
+    std::printf("start-up to an editable document: %.0f ms; bare web view loading the same page: "
+                "%.0f ms; ratio %.2fx\n",
+                e, b, b > 0 ? e / b : 0.0);
+    QProcess sw;
+    sw.start(QApplication::applicationFilePath(), {QStringLiteral("switch")});
+    sw.waitForFinished(300000);
+    std::fputs(sw.readAllStandardOutput().constData(), stdout);
+    return 0;
+}

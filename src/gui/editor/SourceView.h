@@ -1,0 +1,45 @@
+#pragma once
+
+#include <Qsci/qsciscintilla.h>
+
+class QsciLexerHTML;
+
+namespace quillora::gui {
+
+// The source page: the body's HTML as coloured text.
+class SourceView : public QsciScintilla {
+    Q_OBJECT
+public:
+    explicit SourceView(QWidget* parent = nullptr);
+
+    // Loads the colours of "SyntaxEdit.dll" once: a second call with the same file does nothing.
+    void ColoraEditCode(const QString& schemeFile);
+    QString schemeFile() const { return m_schemeFile; }
+
+    // Replaces the text without it counting as an edit of the user.
+    void setSourceText(const QString& text);
+
+    // The find dialog of the page: asks for a text and selects the next match.
+    void findDialog();
+
+signals:
+    void edited();        // the user changed the text
+    void statusChanged(); // the edit states may have changed (CheckButtonCODE)
+    void contextMenuAt(QPoint globalPos);
+    void pointerMoved();
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+
+private:
+    QsciLexerHTML* m_lexer = nullptr;
+    QString m_schemeFile;
+    bool m_settingText = false;
+    QString m_lastFind;
+};
+
+} // namespace quillora::gui

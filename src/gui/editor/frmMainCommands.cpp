@@ -1,0 +1,278 @@
+// The command dispatcher of the main window and the routines that keep commands in step.
+#include "core/editor/CommandTable.h"
+#include "core/editor/DhtmlCommands.h"
+#include "gui/app/Session.h"
+#include "gui/app/WindowHelpers.h"
+#include "gui/app/frmInfoSu.h"
+#include "gui/app/frmMessage.h"
+#include "gui/editor/SourceView.h"
+#include "gui/editor/VisualSurface.h"
+#include "gui/editor/frmMain.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QDesktopServices>
+#include <QMenu>
+#include <QTabWidget>
+#include <QToolBar>
+
+namespace quillora::gui {
+
+namespace {
+
+// The video guide, by interface language.
+QString helpPage(const QString& language) {
+    if (language == QLatin1String("Italiano"))
+        return QStringLiteral("GuideVideo.asp");
+    if (language == QLatin1String("English"))
+        return QStringLiteral("video-tutorial.asp");
+    if (language == QString::fromUtf8("Español"))
+        return QStringLiteral("video-guias.asp");
+    return QString();
+}
+
+void runSourceCommand(SourceView* code, int decmd) {
+    switch (decmd) {
+    case DECMD_UNDO:
+        code->undo();
+        break;
+    case DECMD_REDO:
+        code->redo();
+        break;
+    case DECMD_CUT:
+        code->cut();
+        break;
+    case DECMD_COPY:
+        code->copy();
+        break;
+    case DECMD_PASTE:
+        code->paste();
+        break;
+    case DECMD_SELECTALL:
+        code->selectAll(true);
+        break;
+    case DECMD_FINDTEXT:
+        code->findDialog();
+        break;
+    default:
+        break;
+    }
+}
+
+} // namespace
+
+void frmMain::Dks_CommandClick(const QString& id) {
+    using editor::Action;
+    const std::optional<editor::Command> found = editor::find(id);
+    if (!found)
+        return;
+    const editor::Command& c = *found;
+    switch (c.action) {
+    case Action::NewMessage:
+        if (DaSalvare())
+            askToSave();
+        NuovoMessaggio();
+        break;
+    case Action::OpenMessage:
+        if (DaSalvare())
+            askToSave();
+        ApriMessaggio();
+        break;
+    case Action::Save:
+        if (m_doc.currentPath.isEmpty())
+            SalvaMessaggioConNome();
+        else
+            RiSalva();
+        break;
+    case Action::SaveAs:
+        SalvaMessaggioConNome();
+        break;
+    case Action::Print:
+        DHTML->printDocument();
+        break;
+    case Action::Exit:
+        ChiudiEDITOR();
+        break;
+    case Action::EditCommand:
+        if (m_page == PageVisual) {
+            if (c.decmd == DECMD_FINDTEXT)
+                DHTML->findText(QString());
+            else
+                DHTML->execCommand(c.decmd);
+        } else if (m_page == PageSource) {
+            runSourceCommand(CODE, c.decmd);
+        } else {
+            break; // the preview is never edited
+        }
+        if (c.marksModified)
+            Modificato();
+        break;
+    case Action::SurfaceCommand:
+        if (m_page == PageVisual)
+            DHTML->execCommand(c.decmd);
+        break;
+    case Action::Snippet:
+    case Action::MergeField:
+        InsertHtmlCode(QString::fromUtf8(c.text));
+        break;
+    case Action::FontName:
+        DHTML->execCommand(c.decmd, m_bars.fontName->currentText());
+        break;
+    case Action::FontSize:
+        DHTML->execCommand(c.decmd, m_bars.fontSize->currentText());
+        break;
+    case Action::ShowDetails:
+        DHTML->setShowDetails(m_bars.action(id)->isChecked());
+        break;
+    case Action::ShowBorders:
+        DHTML->setShowBorders(m_bars.action(id)->isChecked());
+        break;
+    case Action::PriorityLow:
+    case Action::PriorityHigh: {
+        QAction* self = m_bars.action(id);
+        QAction* other =
+            m_bars.action(c.action == Action::PriorityLow ? QStringLiteral("cmdPriAlta")
+                                                          : QStringLiteral("cmdPriBassa"));
+        if (self->isChecked())
+            other->setChecked(false);
+        m_doc.priorityHigh = m_bars.action(QStringLiteral("cmdPriAlta"))->isChecked();
+        m_doc.priorityLow = m_bars.action(QStringLiteral("cmdPriBassa"))->isChecked();
+        Modificato();
+        break;
+    }
+    case Action::RefreshImages:
+        DHTML->refreshImages();
+        break;
+    case Action::About:
+        frmInfoSu::instance()->showAbout();
+        break;
+    case Action::Help: {
+        const QString page = helpPage(session().currentLanguage);
+        if (!page.isEmpty())
+            Navigate(this, session().links.siteFor(session().currentLanguage) + page);
+        break;
+    }
+    case Action::ToggleToolbar: {
+        QToolBar* bar = m_bars.toolbar(QString::fromLatin1(c.toolbar));
+        bar->setVisible(!bar->isVisible());
+        CheckToolbarStatus();
+        break;
+    }
+    case Action::CheckSpam:
+    case Action::OpenWord:
+    case Action::OpenMail:
+    case Action::ImportFromImage:
+    case Action::Templates:
+    case Action::Sound:
+    case Action::BodyProperties:
+    case Action::ImportText:
+    case Action::ImportHtml:
+    case Action::Social:
+    case Action::Unsubscribe:
+        showNotAvailable(id);
+        if (QAction* a = m_bars.action(id); a && a->isCheckable())
+            a->setChecked(false);
+        break;
+    }
+}
+
+void frmMain::showNotAvailable(const QString& id) {
+    QString caption = id;
+    if (QAction* a = m_bars.action(id))
+        caption = a->text().remove(u'&');
+    bMessage::ShowMessage(
+        QStringLiteral("Quillora"), caption, m_texts.get(QStringLiteral("NonDisponibile")),
+        QString(), quillora::bMessage::kIconInformation, quillora::bMessage::kIconNone, this);
+}
+
+void frmMain::InsertHtmlCode(const QString& html) {
+    // Errors at the caret are swallowed by the page; the message counts as changed regardless.
+    if (m_page == PageVisual)
+        DHTML->insertHtml(html);
+    Modificato();
+}
+
+void frmMain::CheckButtonMail() {
+    const SurfaceState& s = DHTML->state();
+    const auto set = [this](const char* id, bool checked) {
+        if (QAction* a = m_bars.action(QString::fromLatin1(id)))
+            a->setChecked(checked);
+    };
+    const auto enable = [this](const char* id, bool on) {
+        if (QAction* a = m_bars.action(QString::fromLatin1(id)))
+            a->setEnabled(on);
+    };
+    set("cmdBold", s.bold);
+    set("cmdItalic", s.italic);
+    set("cmdUnderline", s.underline);
+    set("cmdLeft", s.justifyLeft);
+    set("cmdCenter", s.justifyCenter);
+    set("cmdRight", s.justifyRight);
+    enable("cmdTaglia", s.canCut);
+    enable("cmdCopia", s.canCopy);
+    enable("cmdIncolla", s.canPaste);
+    enable("cmdUndo", s.canUndo);
+    enable("cmdRedo", s.canRedo);
+    enable("cmdSelezionaTutto", s.canSelectAll);
+    if (!s.fontName.isEmpty() && !m_bars.fontName->hasFocus()) {
+        QString name = s.fontName;
+        name.remove(u'"');
+        name = name.section(u',', 0, 0).trimmed();
+        const int at = m_bars.fontName->findText(name, Qt::MatchFixedString);
+        if (at >= 0)
+            m_bars.fontName->setCurrentIndex(at);
+        else
+            m_bars.fontName->setEditText(name);
+    }
+    if (!s.fontSize.isEmpty() && !m_bars.fontSize->hasFocus()) {
+        const int at = m_bars.fontSize->findText(s.fontSize);
+        if (at >= 0)
+            m_bars.fontSize->setCurrentIndex(at);
+    }
+}
+
+void frmMain::CheckButtonCODE() {
+    const auto enable = [this](const char* id, bool on) {
+        if (QAction* a = m_bars.action(QString::fromLatin1(id)))
+            a->setEnabled(on);
+    };
+    enable("cmdTaglia", CODE->hasSelectedText());
+    enable("cmdCopia", CODE->hasSelectedText());
+    enable("cmdIncolla", !CODE->isReadOnly());
+    enable("cmdUndo", CODE->isUndoAvailable());
+    enable("cmdRedo", CODE->isRedoAvailable());
+    enable("cmdSelezionaTutto", CODE->length() > 0);
+}
+
+void frmMain::CheckToolbarStatus() {
+    for (const auto& t : editor::toolbarToggles()) {
+        QToolBar* bar = m_bars.toolbar(QString::fromLatin1(t.toolbar));
+        QAction* toggle = m_bars.action(QString::fromLatin1(t.command));
+        if (bar && toggle)
+            toggle->setChecked(!bar->isHidden());
+    }
+}
+
+void frmMain::CheckToolBar(bool formattingAllowed) {
+    for (const char* id : {"TbTesto", "TbInserisci"}) {
+        if (QToolBar* bar = m_bars.toolbar(QString::fromLatin1(id)))
+            bar->setEnabled(formattingAllowed);
+    }
+    for (const char* id : {"mnuTesto", "mnuInsert"}) {
+        if (QMenu* m = m_bars.menu(QString::fromLatin1(id)))
+            m->setEnabled(formattingAllowed);
+    }
+    // Edit commands work on the visual and source pages, never on the preview.
+    const bool editable = m_page != PagePreview;
+    for (const char* id : {"cmdUndo", "cmdRedo", "cmdTaglia", "cmdCopia", "cmdIncolla",
+                           "cmdSelezionaTutto", "cmdTrova"}) {
+        if (QAction* a = m_bars.action(QString::fromLatin1(id)))
+            a->setEnabled(editable);
+    }
+    if (m_page == PageVisual)
+        CheckButtonMail();
+    else if (m_page == PageSource)
+        CheckButtonCODE();
+}
+
+} // namespace quillora::gui

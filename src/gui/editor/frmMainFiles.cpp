@@ -1,0 +1,205 @@
+// New, open and save: the message moves between the file, the core document and the pages.
+#include "core/app/FileFilter.h"
+#include "core/app/Folders.h"
+#include "core/app/bError.h"
+#include "core/message/MessageFile.h"
+#include "core/message/References.h"
+#include "gui/app/Session.h"
+#include "gui/app/WindowHelpers.h"
+#include "gui/app/frmMessage.h"
+#include "gui/editor/SourceView.h"
+#include "gui/editor/VisualSurface.h"
+#include "gui/editor/frmMain.h"
+#include "gui/message/frmAllegati.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QTabWidget>
+
+namespace quillora::gui {
+
+namespace {
+
+std::function<QString(const QString&, bool)>& fileChooser() {
+    static std::function<QString(const QString&, bool)> chooser;
+    return chooser;
+}
+
+void log(const char* line) {
+    bError::wrtErrFree(QString::fromLatin1(line));
+}
+
+} // namespace
+
+void frmMain::setFileChooser(std::function<QString(const QString&, bool)> chooser) {
+    fileChooser() = std::move(chooser);
+}
+
+QString frmMain::chooseFile(const QString& title, const QString& filter, bool save) {
+    if (fileChooser())
+        return fileChooser()(title, save);
+    const QString qtFilter = FileFilter::qtFilter(filter);
+    if (save)
+        return QFileDialog::getSaveFileName(this, title, QString(), qtFilter);
+    return QFileDialog::getOpenFileName(this, title, QString(), qtFilter);
+}
+
+QString frmMain::workFolder() {
+    if (!m_doc.restoreFolder.isEmpty())
+        return m_doc.restoreFolder;
+    return m_scratch.path() + u'/';
+}
+
+void frmMain::showBody(const QString& html, bool markModifiedWhenChanged) {
+    m_doc.loading = true;
+    const QString folder = workFolder();
+    QPointer<frmMain> self(this);
+    connect(
+        DHTML, &VisualSurface::documentComplete, this,
+        [self, markModifiedWhenChanged] {
+            if (!self)
+                return;
+            self->m_doc.loading = false;
+            if (markModifiedWhenChanged)
+                self->Modificato();
+            self->VisualizzaTag();
+            self->CheckButtonMail();
+            emit self->documentLoaded();
+        },
+        Qt::SingleShotConnection);
+    DHTML->setDocumentHTML(html, folder);
+    CODE->setSourceText(html);
+    WEB->setDocumentHTML(References::redirectForPreview(html, m_doc.restoreFolder), folder);
+}
+
+void frmMain::NuovoMessaggio() {
+    m_doc.NuovoMessaggio();
+    session().pathElaboration.clear();
+    log(" - Assegno il corpo");
+    showBody(m_doc.body, false);
+    log(" - Rinfresco");
+    log(" - Form");
+    m_bars.subject->clear();
+    m_bars.action(QStringLiteral("cmdPriBassa"))->setChecked(false);
+    m_bars.action(QStringLiteral("cmdPriAlta"))->setChecked(false);
+    m_bars.action(QStringLiteral("cmdShowDetails"))->setChecked(false);
+    DHTML->setShowDetails(false);
+    m_bars.action(QStringLiteral("cmdShowBorder"))->setChecked(true);
+    DHTML->setShowBorders(true);
+    CambiaTitoloEditor();
+    m_allegati->ClearList();
+    log(" - DHTML.SetFocus");
+    if (m_page == PageVisual)
+        DHTML->setFocus();
+    log(" - VisualizzaTag");
+    VisualizzaTag();
+}
+
+bool frmMain::ApriMessaggio(QString path) {
+    if (path.isEmpty()) {
+        bError::wrtErrFree(QStringLiteral("ApriMessaggio()"));
+        path = chooseFile(QStringLiteral("Open message"),
+                          QStringLiteral("Corvanta Message (*.mss;*.mssx)|*.mss;*.mssx"), false);
+        if (path.isEmpty())
+            return false;
+    }
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    const MessageFile::OpenResult r =
+        MessageFile::ApriMessaggio(m_doc, path, session().folders.pathFileImp);
+    QApplication::restoreOverrideCursor();
+    if (!r.ok()) {
+        if (r.notAMessage)
+            bMessage::ShowMessage(m_texts.get(QStringLiteral("Attenzione")),
+                                  m_texts.get(QStringLiteral("FormatoFileMessaggioErrato")), path,
+                                  QString(), quillora::bMessage::kIconWarning,
+                                  quillora::bMessage::kIconNone, this);
+        else
+            bMessage::ShowMessage(m_texts.get(QStringLiteral("Attenzione")),
+                                  m_texts.get(QStringLiteral("ErroreApertura")), r.error, QString(),
+                                  quillora::bMessage::kIconError, quillora::bMessage::kIconNone,
+                                  this);
+        return false;
+    }
+    session().pathElaboration = m_doc.restoreFolder;
+    m_bars.subject->setText(m_doc.subject);
+    m_bars.action(QStringLiteral("cmdPriAlta"))->setChecked(m_doc.priorityHigh);
+    m_bars.action(QStringLiteral("cmdPriBassa"))->setChecked(m_doc.priorityLow);
+    m_allegati->setPaths(m_doc.attachments);
+    // As after any load: local references point at the restored copies, and a body that had
+    // to change for that counts as modified.
+    const References::LoadResult load =
+        References::redirectForLoad(m_doc.body, session().baseFolder, m_doc.restoreFolder);
+    CambiaTitoloEditor();
+    showBody(load.html, load.changed);
+    if (!r.warnings.isEmpty())
+        bMessage::ShowMessage(m_texts.get(QStringLiteral("Attenzione")), m_doc.openedFileName,
+                              r.warnings.join(QStringLiteral("\r\n")), QString(),
+                              quillora::bMessage::kIconWarning, quillora::bMessage::kIconNone,
+                              this);
+    return true;
+}
+
+std::optional<QString> frmMain::bodyHtml() {
+    if (m_page == PageVisual)
+        return DHTML->documentHTML();
+    // On the source page the body is its text; the preview always follows the source text.
+    return CODE->text();
+}
+
+void frmMain::collectDocument() {
+    m_doc.subject = m_bars.subject->text();
+    m_doc.priorityHigh = m_bars.action(QStringLiteral("cmdPriAlta"))->isChecked();
+    m_doc.priorityLow = m_bars.action(QStringLiteral("cmdPriBassa"))->isChecked();
+    m_doc.attachments = m_allegati->paths();
+}
+
+bool frmMain::SalvaMessaggio(const QString& path) {
+    collectDocument();
+    const std::optional<QString> body = bodyHtml();
+    if (!body) {
+        reportError(QStringLiteral("SalvaMessaggio"),
+                    QStringLiteral("The visual page did not give back its HTML in time"));
+        return false;
+    }
+    m_doc.body = *body;
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    const MessageFile::SaveResult r = MessageFile::SalvaMessaggio(m_doc, path);
+    QApplication::restoreOverrideCursor();
+    if (!r.ok()) {
+        reportError(QStringLiteral("SalvaMessaggio"), r.description);
+        return false;
+    }
+    CambiaTitoloEditor();
+    return true;
+}
+
+bool frmMain::RiSalva() {
+    bError::wrtErrFree(QStringLiteral("RiSalva(): ") + m_doc.currentPath);
+    return SalvaMessaggio(m_doc.currentPath);
+}
+
+bool frmMain::SalvaMessaggioConNome() {
+    const QString path = chooseFile(QStringLiteral("Save message"),
+                                    QStringLiteral("Corvanta 4 message (*.mssx)|*.mssx"), true);
+    if (path.isEmpty())
+        return false;
+    return SalvaMessaggio(path);
+}
+
+bool frmMain::askToSave() {
+    frmMessage::setSaveAction([this] {
+        if (m_doc.currentPath.isEmpty())
+            SalvaMessaggioConNome();
+        else
+            RiSalva();
+    });
+    return bMessage::ShowMessageYesNo(
+               QStringLiteral("id_cmdSalvaMess"), m_texts.get(QStringLiteral("Attenzione")),
+               m_texts.get(QStringLiteral("MessSalva1")), m_texts.get(QStringLiteral("MessSalva2")),
+               QString(), quillora::bMessage::kIconWarning,
+               quillora::bMessage::kIconNone) == kIdYes;
+}
+
+} // namespace quillora::gui

@@ -1,0 +1,170 @@
+// The three pages of the main window and how the body moves between them.
+#include "core/editor/CommandTable.h"
+#include "core/message/References.h"
+#include "gui/app/Session.h"
+#include "gui/editor/SourceView.h"
+#include "gui/editor/VisualSurface.h"
+#include "gui/editor/frmMain.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QDockWidget>
+#include <QFontDatabase>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QTabWidget>
+#include <QToolBar>
+
+namespace quillora::gui {
+
+namespace {
+
+// Key releases in the subject field count as edits of the message.
+class KeyUpFilter : public QObject {
+public:
+    KeyUpFilter(QObject* parent, std::function<void()> onKeyUp)
+        : QObject(parent), m_onKeyUp(std::move(onKeyUp)) {}
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::KeyRelease && !static_cast<QKeyEvent*>(event)->isAutoRepeat())
+            m_onKeyUp();
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    std::function<void()> m_onKeyUp;
+};
+
+} // namespace
+
+void frmMain::connectPages() {
+    connect(Tbs, &QTabWidget::tabBarClicked, this, [this](int index) {
+        if (index >= 0)
+            stcHelp->setText(editor::modeText(Tbs->tabText(index)));
+    });
+    connect(Tbs, &QTabWidget::currentChanged, this, &frmMain::Tbs_SelectedChanged);
+
+    connect(DHTML, &VisualSurface::stateChanged, this, [this] {
+        if (m_page == PageVisual)
+            CheckButtonMail();
+    });
+    connect(DHTML, &VisualSurface::clicked, this, &frmMain::VisualizzaTag);
+    connect(DHTML, &VisualSurface::edited, this, [this] {
+        Modificato();
+        VisualizzaTag();
+    });
+    connect(DHTML, &VisualSurface::mouseMoved, this, [this](int x, int y) {
+        RefreshPos(x, y);
+        stcHelp->setText(editor::modeText(Tbs->tabText(Tbs->currentIndex())));
+    });
+    connect(DHTML, &VisualSurface::leftMouseUp, this, [this] {
+        CheckButtonMail();
+        VisualizzaTag();
+    });
+
+    auto* popModifica = new QMenu(this);
+    popModifica->setObjectName(QStringLiteral("popModifica"));
+    static const char* const kEditMenu[] = {"cmdUndo",   "cmdRedo",           nullptr,
+                                            "cmdTaglia", "cmdCopia",          "cmdIncolla",
+                                            nullptr,     "cmdSelezionaTutto", "cmdTrova"};
+    for (const char* id : kEditMenu) {
+        if (id)
+            popModifica->addAction(m_bars.action(QString::fromLatin1(id)));
+        else
+            popModifica->addSeparator();
+    }
+    auto showMenu = [popModifica](QPoint at) { popModifica->popup(at); };
+    connect(DHTML, &VisualSurface::contextMenuAt, this, showMenu);
+    connect(CODE, &SourceView::contextMenuAt, this, showMenu);
+
+    connect(CODE, &SourceView::edited, this, &frmMain::Modificato);
+    connect(CODE, &SourceView::statusChanged, this, [this] {
+        if (m_page == PageSource)
+            CheckButtonCODE();
+    });
+    connect(CODE, &SourceView::pointerMoved, this,
+            [this] { stcHelp->setText(editor::modeText(Tbs->tabText(Tbs->currentIndex()))); });
+
+    connect(m_bars.subject, &QLineEdit::textChanged, this,
+            [this](const QString& text) { m_doc.subject = text; });
+    m_bars.subject->installEventFilter(new KeyUpFilter(this, [this] { Modificato(); }));
+
+    for (QAction* a : m_bars.actions()) {
+        connect(a, &QAction::hovered, this,
+                [this, a] { stcHelp->setText(editor::highlightText(a->text())); });
+    }
+    for (QToolBar* bar : m_bars.toolbars())
+        connect(bar, &QToolBar::visibilityChanged, this, &frmMain::CheckToolbarStatus);
+}
+
+void frmMain::Tbs_SelectedChanged(int page) {
+    const int previous = m_page;
+    if (page == previous)
+        return;
+    m_page = page;
+    const QString folder = workFolder();
+    if (previous == PageVisual && (page == PageSource || page == PagePreview)) {
+        const std::optional<QString> html = DHTML->documentHTML();
+        if (html) {
+            CODE->setSourceText(*html);
+            if (page == PagePreview)
+                WEB->setDocumentHTML(References::redirectForPreview(*html, m_doc.restoreFolder),
+                                     folder);
+        } else {
+            reportError(QStringLiteral("Tbs_SelectedChanged"),
+                        QStringLiteral("The visual page did not give back its HTML in time"));
+        }
+    } else if (previous == PageSource && (page == PageVisual || page == PagePreview)) {
+        const QString text = CODE->text();
+        DHTML->setDocumentHTML(text, folder);
+        if (page == PagePreview)
+            WEB->setDocumentHTML(References::redirectForPreview(text, m_doc.restoreFolder), folder);
+    }
+    // Leaving the preview copies nothing: the preview never changes the HTML.
+    if (page == PageVisual)
+        DHTML->setFocus();
+    else if (page == PageSource)
+        CODE->setFocus();
+    else
+        WEB->setFocus();
+    CheckToolBar(page == PageVisual);
+    for (QDockWidget* d : m_visualPanes)
+        d->setEnabled(page == PageVisual);
+}
+
+void frmMain::VisualizzaTag() {
+    QStringList innermostFirst = DHTML->state().tagPath;
+    std::reverse(innermostFirst.begin(), innermostFirst.end());
+    const editor::TagBar bar = editor::tagBarFor(editor::joinTagPath(innermostFirst));
+    lblTags->setText(bar.tags);
+    lblTag->setText(bar.last);
+}
+
+void frmMain::RefreshPos(int x, int y) {
+    stcX->setText(QStringLiteral("X: %1").arg(x));
+    stcY->setText(QStringLiteral("Y: %1").arg(y));
+}
+
+void frmMain::CaricaFont() {
+    QStringList families = QFontDatabase::families();
+    families.sort(Qt::CaseInsensitive);
+    m_bars.fontName->clear();
+    m_bars.fontName->addItems(families);
+    m_bars.fontName->setEditable(true);
+    m_bars.fontName->setInsertPolicy(QComboBox::NoInsert);
+    m_bars.fontName->setCurrentText(QStringLiteral("Arial"));
+}
+
+void frmMain::CaricaSize() {
+    m_bars.fontSize->clear();
+    for (int i = 1; i <= 7; ++i)
+        m_bars.fontSize->addItem(QString::number(i));
+    m_bars.fontSize->setCurrentText(QStringLiteral("3"));
+}
+
+void frmMain::ColoraEditCode() {
+    CODE->ColoraEditCode(session().folders.pathFileImp + QStringLiteral("SyntaxEdit.dll"));
+}
+
+} // namespace quillora::gui

@@ -1,0 +1,423 @@
+#include "gui/editor/frmMain.h"
+#include "core/app/Folders.h"
+#include "core/app/Provisioning.h"
+#include "core/app/TextFile.h"
+#include "core/app/bError.h"
+#include "core/editor/CommandTable.h"
+#include "core/message/MessageFile.h"
+#include "gui/app/Session.h"
+#include "gui/app/frmMessage.h"
+#include "gui/editor/SourceView.h"
+#include "gui/editor/VisualSurface.h"
+#include "gui/message/frmAllegati.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QLabel>
+#include <QLineEdit>
+#include <QLocale>
+#include <QSignalSpy>
+#include <QTabWidget>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QToolBar>
+#include <QTreeWidget>
+#include <gtest/gtest.h>
+
+using namespace quillora;
+using namespace quillora::gui;
+
+namespace {
+
+const QString kCorpus = QStringLiteral(QUILLORA_SOURCE_DIR "/../shared/corpus/html/");
+
+bool waitFor(const std::function<bool()>& done, int ms = 15000) {
+    return QTest::qWaitFor(done, ms);
+}
+
+void saveShot(QWidget& w, const QString& name) {
+    const QString folder = QStringLiteral(QUILLORA_BINARY_DIR "/screenshots");
+    QDir().mkpath(folder);
+    w.grab().save(folder + "/" + name);
+}
+
+class frmMainTest : public testing::Test {
+protected:
+    void SetUp() override {
+        Session& s = session();
+        s = Session{};
+        s.currentLanguage = QStringLiteral("English");
+        s.folders = Folders::derive(dir.filePath("app"), dir.filePath("docs"));
+        QDir().mkpath(s.folders.appPath);
+        Provisioning::ensureDataFolders(s.folders, QUILLORA_SOURCE_DIR "/data/defaults", "en_US");
+        bError::InitError(s.folders);
+        questions = 0;
+        answer = kIdNo;
+        frmMessage::setAnswerProvider([this](const MessageRequest& r) {
+            if (!r.key.isEmpty())
+                ++questions;
+            lastRequest = r;
+            return r.buttons.contains(answer) ? answer : r.buttons.value(0);
+        });
+        frmMain::setFileChooser([this](const QString&, bool) { return chosenFile; });
+        frmAllegati::setFileChooser(
+            [this](QWidget*, const QString&, const QString&) { return chosenFile; });
+    }
+    void TearDown() override {
+        window.reset();
+        frmMessage::setAnswerProvider({});
+        frmMain::setFileChooser({});
+        frmAllegati::setFileChooser({});
+        bError::setLogPath(QString());
+    }
+
+    frmMain& start(const QString& commandLine = QString()) {
+        window = std::make_unique<frmMain>();
+        QSignalSpy loaded(window.get(), &frmMain::documentLoaded);
+        window->Form_Load(commandLine);
+        window->show();
+        EXPECT_TRUE(loaded.count() > 0 || loaded.wait(20000)) << "the new message never loaded";
+        if (!commandLine.isEmpty()) {
+            EXPECT_TRUE(loaded.count() > 1 || loaded.wait(20000)) << "the file never opened";
+        }
+        return *window;
+    }
+    // Replaces the body the way the source page does, and waits for the visual page.
+    void setBody(const QString& html) {
+        QSignalSpy done(window->visualPage(), &VisualSurface::documentComplete);
+        window->visualPage()->setDocumentHTML(html, dir.path() + "/");
+        ASSERT_TRUE(done.wait(20000));
+    }
+    QString html() { return window->visualPage()->documentHTML().value_or(QString()); }
+    void newMessage() {
+        QSignalSpy loaded(window.get(), &frmMain::documentLoaded);
+        window->NuovoMessaggio();
+        ASSERT_TRUE(loaded.wait(20000));
+    }
+    QStringList log() const {
+        QStringList lines;
+        TextFile::readLines(session().folders.logFile(), lines);
+        return lines;
+    }
+    QString writeFile(const QString& name, qsizetype bytes) {
+        const QString path = dir.filePath(name);
+        QFile f(path);
+        f.open(QIODevice::WriteOnly);
+        f.write(QByteArray(bytes, 'x'));
+        return path;
+    }
+
+    QTemporaryDir dir;
+    std::unique_ptr<frmMain> window;
+    int questions = 0;
+    int answer = kIdNo;
+    MessageRequest lastRequest;
+    QString chosenFile;
+};
+
+TEST_F(frmMainTest, StartLogsThePhasesInOrder) {
+    frmMain& w = start();
+    EXPECT_EQ(w.windowTitle(), "Quillora - [NuovoFile.mssx]");
+    const QStringList lines = log();
+    const QStringList phases = {"### Colori e Icone Tab ###",
+                                "### xxxLANGUAGExxx ###",
+                                "### CaricaNomiCampi ###",
+                                "### LeggiIMP ###",
+                                "### CaricaFont ###",
+                                "### CaricaSize ###",
+                                "### ColoraEditCode ###",
+                                "### NuovoMessaggio ###",
+                                "### DockAllegati ###",
+                                "### DockAllegati 2 ###",
+                                "### Visualizzo finestre Dock ###",
+                                "### Command ###"};
+    qsizetype at = -1;
+    for (const QString& p : phases) {
+        const qsizetype next = lines.indexOf(p);
+        EXPECT_GT(next, at) << p.toStdString();
+        at = next;
+    }
+    EXPECT_TRUE(lines.filter("-- Command -- File: ").isEmpty());
+    EXPECT_TRUE(html().contains("<style>"));
+    EXPECT_FALSE(w.DaSalvare());
+}
+
+TEST_F(frmMainTest, CommandLineFileIsOpened) {
+    MessageDocument d;
+    d.subject = "From the command line";
+    d.body = "<html><body><p>hello there</p></body></html>";
+    const QString path = dir.filePath("cl.mssx");
+    ASSERT_TRUE(MessageFile::SalvaMessaggio(d, path).ok());
+    frmMain& w = start("\"" + path + "\"");
+    EXPECT_TRUE(log().contains("-- Command -- File: " + path));
+    EXPECT_EQ(w.windowTitle(), "Quillora - [cl.mssx]");
+    EXPECT_TRUE(html().contains("hello there"));
+    EXPECT_EQ(w.bars().subject->text(), "From the command line");
+}
+
+TEST_F(frmMainTest, BoldSnippetsAndMergeTokensLandAtTheCaret) {
+    frmMain& w = start();
+    setBody("<html><body><div id=\"t\">one two</div></body></html>");
+    w.visualPage()->selectContents("#t");
+    w.Dks_CommandClick("cmdBold");
+    EXPECT_TRUE(html().contains("<b>one two</b>")) << html().toStdString();
+
+    for (const auto& c : editor::commands()) {
+        if (c.action != editor::Action::Snippet &&
+            QLatin1String(c.id) != QLatin1String("cmdVarNom"))
+            continue;
+        const QString snippet = QString::fromUtf8(c.text);
+        // The reference shows how the page serialises the snippet; the caret sits in the empty
+        // block after it.
+        setBody("<html><body><div id=\"ref\">" + snippet +
+                "</div><div id=\"t\">&#8203;</div>"
+                "</body></html>");
+        w.visualPage()->placeCaret("#t", 1);
+        w.Dks_CommandClick(QString::fromLatin1(c.id));
+        const QString page = html();
+        // Inline content goes into the caret's block; block content right after that block.
+        const QRegularExpression t("<div id=\"ref\">(.*?)</div><div id=\"t\">\u200B(.*?)</div>"
+                                   "(.*?)</body>",
+                                   QRegularExpression::DotMatchesEverythingOption);
+        const auto m = t.match(page);
+        ASSERT_TRUE(m.hasMatch()) << c.id << " " << page.toStdString();
+        EXPECT_TRUE(m.captured(2).isEmpty() || m.captured(3).isEmpty()) << c.id;
+        EXPECT_EQ(m.captured(2) + m.captured(3), m.captured(1))
+            << c.id << " " << page.toStdString();
+        EXPECT_TRUE(w.DaSalvare()) << c.id;
+    }
+}
+
+TEST_F(frmMainTest, PagesKeepTheTextAcrossSwitches) {
+    frmMain& w = start();
+    setBody("<html><head></head><body><p>Visual text</p></body></html>");
+    w.tabs()->setCurrentIndex(frmMain::PageSource);
+    EXPECT_TRUE(w.sourcePage()->text().contains("<p>Visual text</p>"));
+    // Edit the source; the visual page is rebuilt from it.
+    QString source = w.sourcePage()->text();
+    source.replace("Visual text", "Edited in source");
+    w.sourcePage()->setText(source);
+    EXPECT_TRUE(w.DaSalvare());
+    QSignalSpy rebuilt(w.visualPage(), &VisualSurface::documentComplete);
+    w.tabs()->setCurrentIndex(frmMain::PageVisual);
+    ASSERT_TRUE(rebuilt.count() > 0 || rebuilt.wait(20000));
+    EXPECT_TRUE(html().contains("Edited in source"));
+
+    // Preview and back to the source: the source is exactly as it was.
+    w.tabs()->setCurrentIndex(frmMain::PageSource);
+    w.sourcePage()->setText("<html><body><p  class=x>odd   spacing</p></body></html>");
+    const QString exact = w.sourcePage()->text();
+    w.tabs()->setCurrentIndex(frmMain::PagePreview);
+    w.tabs()->setCurrentIndex(frmMain::PageSource);
+    EXPECT_EQ(w.sourcePage()->text(), exact);
+    // Formatting is for the visual page only.
+    EXPECT_FALSE(w.bars().toolbar("TbTesto")->isEnabled());
+    w.tabs()->setCurrentIndex(frmMain::PageVisual);
+    EXPECT_TRUE(w.bars().toolbar("TbTesto")->isEnabled());
+}
+
+TEST_F(frmMainTest, TypingMarksTheTitleOnceAndEditCommandsFollowTheirRule) {
+    frmMain& w = start();
+    setBody("<html><body><p id=\"p\">text</p></body></html>");
+    for (const char* id : {"cmdCopia", "cmdSelezionaTutto"}) {
+        w.Dks_CommandClick(id);
+        EXPECT_FALSE(w.DaSalvare()) << id;
+    }
+    w.activateWindow();
+    w.visualPage()->setFocus();
+    w.visualPage()->placeCaret("#p", 4);
+    ASSERT_TRUE(waitFor([&] { return w.visualPage()->state().lastTag == "<P>"; }));
+    // The engine drops input that arrives before the reloaded page's first frame: repeat the
+    // first key until the page reports it.
+    for (int i = 0; i < 10 && !w.DaSalvare(); ++i) {
+        QTest::keyClick(w.visualPage()->focusProxy(), Qt::Key_A);
+        waitFor([&] { return w.DaSalvare(); }, 1000);
+    }
+    ASSERT_TRUE(w.DaSalvare());
+    QTest::keyClicks(w.visualPage()->focusProxy(), "bc");
+    EXPECT_EQ(w.windowTitle(), "Quillora - [NuovoFile.mssx*]");
+    EXPECT_EQ(w.windowTitle().count('*'), 1);
+    EXPECT_TRUE(waitFor([&] { return html().contains(QRegularExpression("texta+bc")); }))
+        << html().toStdString();
+
+    for (const char* id : {"cmdUndo", "cmdRedo", "cmdTaglia", "cmdIncolla"}) {
+        newMessage();
+        ASSERT_FALSE(w.DaSalvare());
+        w.Dks_CommandClick(id);
+        EXPECT_TRUE(w.DaSalvare()) << id;
+    }
+    // On the preview the edit commands do nothing at all.
+    newMessage();
+    w.tabs()->setCurrentIndex(frmMain::PagePreview);
+    w.Dks_CommandClick("cmdIncolla");
+    EXPECT_FALSE(w.DaSalvare());
+}
+
+TEST_F(frmMainTest, PriorityTogglesExcludeEachOther) {
+    frmMain& w = start();
+    w.bars().action("cmdPriBassa")->trigger();
+    w.bars().action("cmdPriAlta")->trigger();
+    EXPECT_TRUE(w.bars().action("cmdPriAlta")->isChecked());
+    EXPECT_FALSE(w.bars().action("cmdPriBassa")->isChecked());
+    EXPECT_EQ(w.document().priorityCode(), "HI");
+    EXPECT_TRUE(w.DaSalvare());
+}
+
+TEST_F(frmMainTest, CommandsOfLaterFeaturesSayTheyAreNotAvailable) {
+    frmMain& w = start();
+    w.Dks_CommandClick("cmdCheckSpam");
+    EXPECT_EQ(lastRequest.content, "This function is not available yet.");
+    lastRequest = {};
+    w.Dks_CommandClick("cmdSubRem_3");
+    EXPECT_FALSE(lastRequest.content.isEmpty());
+    lastRequest = {};
+    w.Dks_CommandClick("cmdNothingLikeThis");
+    EXPECT_TRUE(lastRequest.content.isEmpty());
+}
+
+TEST_F(frmMainTest, SaveAndReopenKeepBodyImageAndAttachments) {
+    QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
+    frmMain& w = start();
+    QDir().mkpath(dir.filePath("news/img"));
+    QFile::copy(kCorpus + "colorlib-legacy-12/images/prod-1.jpg",
+                dir.filePath("news/img/prod.jpg"));
+    setBody("<html><body><p>Offer</p><img src=\"" + dir.filePath("news/img/prod.jpg") +
+            "\"></body></html>");
+    chosenFile = writeFile("price list.pdf", 1028);
+    w.attachments()->Dks_CommandClick("cmdAllegatiNew");
+    EXPECT_TRUE(w.DaSalvare());
+    auto* grid = w.attachments()->findChild<QTreeWidget*>();
+    ASSERT_TRUE(grid);
+    ASSERT_EQ(grid->topLevelItemCount(), 1);
+    EXPECT_EQ(grid->topLevelItem(0)->text(1), "1.00 Kb");
+    chosenFile = writeFile("terms.txt", 10);
+    w.attachments()->Dks_CommandClick("cmdAllegatiNew");
+    w.bars().subject->setText("Spring");
+
+    chosenFile = dir.filePath("news/spring.mssx");
+    w.Dks_CommandClick("cmdSalvaAs");
+    EXPECT_FALSE(w.DaSalvare());
+    EXPECT_EQ(w.windowTitle(), "Quillora - [spring.mssx]");
+    ASSERT_TRUE(QFileInfo::exists(chosenFile));
+    EXPECT_TRUE(log().filter("RiSalva():").isEmpty());
+    w.Dks_CommandClick("cmdSalva");
+    EXPECT_TRUE(log().contains("RiSalva(): " + chosenFile));
+
+    w.NuovoMessaggio();
+    ASSERT_TRUE(w.ApriMessaggio(chosenFile));
+    QSignalSpy loaded(&w, &frmMain::documentLoaded);
+    ASSERT_TRUE(loaded.wait(20000));
+    const QString restore = w.document().restoreFolder;
+    EXPECT_TRUE(html().contains("<p>Offer</p>"));
+    EXPECT_TRUE(html().contains(restore + "prod.jpg"));
+    EXPECT_TRUE(QFileInfo::exists(restore + "prod.jpg"));
+    EXPECT_EQ(w.attachments()->paths(),
+              QStringList({restore + "price list.pdf", restore + "terms.txt"}));
+    EXPECT_EQ(w.bars().subject->text(), "Spring");
+
+    grid->setCurrentItem(grid->topLevelItem(1));
+    w.attachments()->Dks_CommandClick("cmdAllegatiDel");
+    grid->setCurrentItem(grid->topLevelItem(0));
+    w.attachments()->Dks_CommandClick("cmdAllegatiDel");
+    EXPECT_FALSE(w.attachments()->findChild<QAction*>("cmdAllegatiDel")->isEnabled());
+    QLocale::setDefault(QLocale::system());
+}
+
+TEST_F(frmMainTest, ClosingAsksOnlyWithChangesAndRemovesTheWorkingFolder) {
+    MessageDocument d;
+    d.body = "<html><body><p>x</p></body></html>";
+    const QString path = dir.filePath("c.mssx");
+    ASSERT_TRUE(MessageFile::SalvaMessaggio(d, path).ok());
+    {
+        frmMain& w = start(path);
+        const QString restore = w.document().restoreFolder;
+        ASSERT_TRUE(QFileInfo(restore).isDir());
+        w.close();
+        EXPECT_EQ(questions, 0);
+        EXPECT_FALSE(QFileInfo::exists(restore));
+        EXPECT_TRUE(log().last().startsWith("Fine applicazione...: "));
+    }
+    {
+        frmMain& w = start(path);
+        const QString restore = w.document().restoreFolder;
+        w.bars().action("cmdPriAlta")->trigger();
+        answer = kIdNo;
+        w.close();
+        EXPECT_EQ(questions, 1);
+        EXPECT_EQ(lastRequest.key, "id_cmdSalvaMess");
+        EXPECT_FALSE(QFileInfo::exists(restore));
+        EXPECT_EQ(MessageFile::read(path).content.priority, "NR") << "No saves nothing";
+    }
+    {
+        frmMain& w = start(path);
+        w.bars().action("cmdPriAlta")->trigger();
+        answer = kIdYes;
+        w.close();
+        EXPECT_EQ(questions, 2);
+        EXPECT_EQ(MessageFile::read(path).content.priority, "HI") << "Yes saves to the file";
+    }
+}
+
+TEST_F(frmMainTest, MaximisedCloseThenRestartOpensMaximisedOverTheNormalPlacement) {
+    {
+        frmMain& w = start();
+        w.showNormal();
+        w.setGeometry(100, 80, 900, 640);
+        QApplication::processEvents();
+        w.showMaximized();
+        QApplication::processEvents();
+        w.close();
+    }
+    QStringList lines;
+    TextFile::readLines(session().folders.placementFile(), lines);
+    ASSERT_EQ(lines.size(), 6);
+    EXPECT_EQ(lines[5], "mnWindowState.: 2");
+    EXPECT_EQ(lines[3], "mnWidth.......: 13500"); // 900 px at 96 dpi
+    session().placement = {};
+    frmMain& again = start();
+    EXPECT_TRUE(again.isMaximized());
+    EXPECT_EQ(session().placement.width, 13500);
+}
+
+TEST_F(frmMainTest, MessageScriptsNeverRun) {
+    MessageDocument d;
+    d.body = "<html><body><p id=\"p\">static</p><script>document.getElementById('p')"
+             ".textContent = 'script ran';</script></body></html>";
+    const QString path = dir.filePath("s.mssx");
+    ASSERT_TRUE(MessageFile::SalvaMessaggio(d, path).ok());
+    frmMain& w = start(path);
+    EXPECT_TRUE(html().contains("<p id=\"p\">static</p>")) << html().toStdString();
+    w.tabs()->setCurrentIndex(frmMain::PagePreview);
+    QSignalSpy preview(w.previewPage(), &VisualSurface::documentComplete);
+    ASSERT_TRUE(preview.count() > 0 || preview.wait(20000));
+    const auto shown = w.previewPage()->documentHTML();
+    ASSERT_TRUE(shown.has_value());
+    EXPECT_TRUE(shown->contains("<p id=\"p\">static</p>")) << shown->toStdString();
+}
+
+TEST_F(frmMainTest, ScreenshotsOfTheThreePagesWithARealNewsletter) {
+    MessageDocument d;
+    d.subject = "Colorlib 16";
+    d.body = TextFile::read(kCorpus + "colorlib-16/index.html").text;
+    const QString path = dir.filePath("colorlib.mssx");
+    MessageFile::SaveOptions options;
+    options.baseFolder = kCorpus + "colorlib-16/";
+    ASSERT_TRUE(MessageFile::SalvaMessaggio(d, path, options).ok());
+    frmMain& w = start(path);
+    w.resize(1280, 860);
+    QTest::qWait(300); // let the pictures paint; the page itself is loaded already
+    saveShot(w, "main-visual.png");
+    w.tabs()->setCurrentIndex(frmMain::PageSource);
+    saveShot(w, "main-source.png");
+    w.tabs()->setCurrentIndex(frmMain::PagePreview);
+    QSignalSpy preview(w.previewPage(), &VisualSurface::documentComplete);
+    ASSERT_TRUE(preview.count() > 0 || preview.wait(20000));
+    QTest::qWait(300);
+    saveShot(w, "main-preview.png");
+    w.tabs()->setCurrentIndex(frmMain::PageVisual);
+}
+
+} // namespace
