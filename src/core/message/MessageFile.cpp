@@ -397,7 +397,9 @@ ReadResult read(const QString& path, const QString& restoreFolder, const Progres
         QString scratch;
         const QStringView data =
             close < 0 ? QStringView() : objectData(piece.sliced(close + 2), scratch);
-        o.size = decodedSize(data);
+        // Restoring learns the size from the decoder; listing counts characters.
+        if (restoreFolder.isEmpty())
+            o.size = decodedSize(data);
         const auto name = References::safeFileName(o.storedPath);
         if (!name) {
             c.warnings << QStringLiteral(
@@ -408,8 +410,10 @@ ReadResult read(const QString& path, const QString& restoreFolder, const Progres
             if (!restoreFolder.isEmpty()) {
                 const QString target = withTrailingSlash(restoreFolder) + o.name;
                 const clsBase64::WriteResult w = clsBase64::ConvertiInFile(data, target);
-                if (w.ok())
+                if (w.ok()) {
                     o.restoredPath = target;
+                    o.size = w.bytes;
+                }
                 else
                     c.warnings << QStringLiteral("The embedded file %1 could not be restored: %2")
                                       .arg(o.name, w.error);

@@ -841,7 +841,7 @@ clsBase64::WriteResult clsBase64::ConvertiInFile(QStringView text, const QString
     }
     if (::close(fd) != 0)
         return {QStringLiteral("Cannot write %1: %2").arg(path, qt_error_string(errno))};
-    return {};
+    return {QString(), qint64(bytes.size())};
 }
 
 } // namespace quillora

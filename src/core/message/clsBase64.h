@@ -29,6 +29,7 @@ public:
 
     struct WriteResult {
         QString error;
+        qint64 bytes = 0; // decoded bytes written
         bool ok() const { return error.isEmpty(); }
     };
 
