@@ -6,6 +6,7 @@
 #include "core/editor/CommandTable.h"
 #include "core/message/MessageFile.h"
 #include "gui/app/Session.h"
+#include "gui/app/UrlOpener.h"
 #include "gui/app/frmMessage.h"
 #include "gui/editor/SourceView.h"
 #include "gui/editor/VisualSurface.h"
@@ -254,6 +255,29 @@ TEST_F(frmMainTest, TypingMarksTheTitleOnceAndEditCommandsFollowTheirRule) {
     w.tabs()->setCurrentIndex(frmMain::PagePreview);
     w.Dks_CommandClick("cmdIncolla");
     EXPECT_FALSE(w.DaSalvare());
+}
+
+TEST_F(frmMainTest, DoubleClickOnAnImageOffersToEditItsFile) {
+    frmMain& w = start();
+    session().pathElaboration = dir.path() + "/work/";
+    QStringList opened;
+    UrlOpener::set([&opened](QWidget*, const QString& target) { opened << target; });
+    setBody("<html><body><p id=\"w\"><img src=\"images/pic.jpg\"></p><p id=\"t\">x</p>"
+            "</body></html>");
+    w.visualPage()->selectContents("#w");
+    ASSERT_TRUE(waitFor([&] { return w.visualPage()->state().lastTag == "<IMG>"; }));
+    answer = kIdYes;
+    emit w.visualPage()->imageDoubleClicked();
+    EXPECT_EQ(lastRequest.key, "Modifica immagine");
+    EXPECT_EQ(opened, QStringList({dir.path() + "/work/images/pic.jpg"}));
+
+    // Not on an image: nothing is asked.
+    questions = 0;
+    w.visualPage()->placeCaret("#t", 0);
+    ASSERT_TRUE(waitFor([&] { return w.visualPage()->state().lastTag == "<P>"; }));
+    emit w.visualPage()->imageDoubleClicked();
+    EXPECT_EQ(questions, 0);
+    UrlOpener::set({});
 }
 
 TEST_F(frmMainTest, PriorityTogglesExcludeEachOther) {

@@ -664,6 +664,7 @@ void VisualSurface::applyState(const QVariantMap& m) {
     s.lastTag = s.tagPath.isEmpty() ? QString() : s.tagPath.last();
     s.currentId = m.value(QStringLiteral("id")).toInt();
     s.currentTagName = m.value(QStringLiteral("tagName")).toString();
+    s.currentSrc = m.value(QStringLiteral("src")).toString();
     const auto flag = [&m](const char* key) { return m.value(QLatin1String(key)).toBool(); };
     s.bold = flag("bold");
     s.italic = flag("italic");

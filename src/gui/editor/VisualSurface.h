@@ -32,6 +32,7 @@ struct SurfaceState {
     QString lastTag;     // the innermost entry, "" without a caret
     int currentId = 0;   // the innermost element's id attribute as a whole number
     QString currentTagName;
+    QString currentSrc; // the innermost element's src attribute as written, if it has one
     bool bold = false, italic = false, underline = false;
     bool justifyLeft = false, justifyCenter = false, justifyRight = false;
     bool canCut = false, canCopy = false, canPaste = false;

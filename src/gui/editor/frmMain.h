@@ -46,6 +46,7 @@ public:
     void Tbs_SelectedChanged(int page);
     void VisualizzaTag();
     void RefreshPos(int x, int y);
+    void EditaImmagine(); // asks, then opens the selected image with its program
 
     // The message (frmMainFiles.cpp).
     void NuovoMessaggio();

@@ -2,6 +2,7 @@
 #include "core/editor/CommandTable.h"
 #include "core/message/References.h"
 #include "gui/app/Session.h"
+#include "gui/app/frmMessage.h"
 #include "gui/editor/SourceView.h"
 #include "gui/editor/VisualSurface.h"
 #include "gui/editor/frmMain.h"
@@ -61,6 +62,12 @@ void frmMain::connectPages() {
     connect(DHTML, &VisualSurface::leftMouseUp, this, [this] {
         CheckButtonMail();
         VisualizzaTag();
+    });
+
+    connect(DHTML, &VisualSurface::imageDoubleClicked, this, [this] {
+        VisualizzaTag();
+        if (lblTag->text().toUpper() == QLatin1String("<IMG>"))
+            EditaImmagine();
     });
 
     auto* popModifica = new QMenu(this);
@@ -139,6 +146,14 @@ void frmMain::VisualizzaTag() {
     const editor::TagBar bar = editor::tagBarFor(editor::joinTagPath(innermostFirst));
     lblTags->setText(bar.tags);
     lblTag->setText(bar.last);
+}
+
+void frmMain::EditaImmagine() {
+    frmMessage::setImageSource([this] { return DHTML->state().currentSrc; });
+    bMessage::ShowMessageYesNo(QStringLiteral("Modifica immagine"),
+                               m_texts.get(QStringLiteral("dhtmlModImmagineTitle")),
+                               m_texts.get(QStringLiteral("dhtmlModImmagineTitle")),
+                               m_texts.get(QStringLiteral("dhtmlModImmagine")));
 }
 
 void frmMain::RefreshPos(int x, int y) {

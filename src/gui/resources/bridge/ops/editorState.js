@@ -40,6 +40,7 @@ quillora.define('editorState', function () {
     return {
         tagPath: path,
         tagName: el ? el.tagName.toUpperCase() : '',
+        src: el && el.hasAttribute('src') ? el.getAttribute('src') : '',
         id: isFinite(id) && Math.abs(id) < 2147483648 ? id : 0,
         bold: commandState('bold'),
         italic: commandState('italic'),
