@@ -7,6 +7,9 @@
 #include <QIcon>
 
 int main(int argc, char** argv) {
+    // The windows take their colours from the product family's scheme files, not from the
+    // desktop's theme (which would repaint the bars of a dark scheme in the desktop's colours).
+    QApplication::setDesktopSettingsAware(false);
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Quillora"));
     QApplication::setApplicationDisplayName(QStringLiteral("Quillora"));

@@ -1,13 +1,16 @@
 #include "gui/editor/frmMain.h"
 
 #include "core/app/Folders.h"
+#include "core/app/bColorStyle.h"
 #include "core/app/bError.h"
 #include "core/app/bImpostazioni.h"
 #include "core/editor/CommandTable.h"
+#include "gui/app/ColorStyle.h"
 #include "gui/app/Session.h"
 #include "gui/app/WindowHelpers.h"
 #include "gui/editor/SourceView.h"
 #include "gui/editor/VisualSurface.h"
+#include "gui/editor/frmColor.h"
 #include "gui/message/frmAllegati.h"
 
 #include <QAction>
@@ -22,6 +25,7 @@
 #include <QTabWidget>
 #include <QTimer>
 #include <QToolBar>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 namespace quillora::gui {
@@ -138,6 +142,16 @@ void frmMain::Form_Load(const QString& commandLineFile) {
     }
     phase("### Colori e Icone Tab ###");
     Tbs->setStyleSheet(QStringLiteral("QTabBar::tab:selected { font-weight: bold; }"));
+    LeggiColorStyle(s.folders); // the product family's scheme, for every window of the program
+    if (const auto* scheme = programColorScheme()) {
+        colourWindow(this, *scheme);
+        // Icons drawn for light bars vanish on dark ones: the icon theme follows the scheme.
+        const bool dark = bColorStyle::RelativeLuminance(scheme->CLR_BARSMENU_BACK) < 0.4;
+        const QString icons = dark ? QStringLiteral("breeze-dark") : QStringLiteral("breeze");
+        if (QIcon::themeName().startsWith(QLatin1String("breeze")) && QIcon::themeName() != icons)
+            QIcon::setThemeName(icons);
+    }
+    SetStyleColor(Tbs);
     CheckToolBar(true);
     CheckToolbarStatus();
 
@@ -175,6 +189,19 @@ void frmMain::Form_Load(const QString& commandLineFile) {
     phase("### DockAttributes ###");
     phase("### DockAttributes 2 ###");
     phase("### PopColori ###");
+    m_colour = new frmColor(this);
+    if (QToolBar* text = m_bars.toolbar(QStringLiteral("TbTesto"))) {
+        auto* button = new QToolButton(text);
+        button->setObjectName(QStringLiteral("cmdColore"));
+        button->setIcon(QIcon::fromTheme(QStringLiteral("format-text-color")));
+        button->setToolTip(QStringLiteral("Text colour"));
+        text->insertWidget(m_bars.action(QStringLiteral("cmdNumerato")), button);
+        connect(button, &QToolButton::clicked, this, [this, button] {
+            m_colour->open(DHTML, button->mapToGlobal(QPoint(0, button->height())));
+        });
+    }
+    // Our own commands raise no edit event in the page: the pick itself marks the message.
+    connect(m_colour, &frmColor::colourPicked, this, &frmMain::Modificato);
     phase("### Visualizzo finestre Dock ###");
     for (QDockWidget* d : m_visualPanes)
         d->show();

@@ -18,6 +18,7 @@ namespace quillora::gui {
 class SourceView;
 class VisualSurface;
 class frmAllegati;
+class frmColor;
 
 // The editor's main window: the three pages, the command bars, the attachments pane and the
 // message being edited. Its routines are split by concern over frmMain*.cpp files.
@@ -116,6 +117,7 @@ private:
     QLabel* stcY = nullptr;
     frmAllegati* m_allegati = nullptr;
     QDockWidget* dckAllegati = nullptr;
+    frmColor* m_colour = nullptr; // "pwnColor"
     QList<QDockWidget*> m_visualPanes;
     QTemporaryDir m_scratch;
     int m_page = PageVisual;
