@@ -17,8 +17,8 @@ int main(int argc, char** argv) {
                                             .arg(QUILLORA_VERSION_MAJOR)
                                             .arg(QUILLORA_VERSION_MINOR, 2, 10, QLatin1Char('0')));
     // Without a desktop session there is no icon theme (nor, offscreen, a search path).
-    if (QIcon::themeSearchPaths().isEmpty())
-        QIcon::setThemeSearchPaths({QStringLiteral("/usr/share/icons")});
+    if (!QIcon::themeSearchPaths().contains(QStringLiteral("/usr/share/icons")))
+        QIcon::setThemeSearchPaths(QIcon::themeSearchPaths() << QStringLiteral("/usr/share/icons"));
     if (QIcon::themeName().isEmpty() || QIcon::themeName() == QLatin1String("hicolor"))
         QIcon::setThemeName(QStringLiteral("breeze"));
     QIcon::setFallbackThemeName(QStringLiteral("breeze"));

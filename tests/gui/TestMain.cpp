@@ -12,8 +12,8 @@ int main(int argc, char** argv) {
     QApplication::setApplicationName(QStringLiteral("Quillora"));
     QApplication::setApplicationDisplayName(QStringLiteral("Quillora"));
     // Without a desktop session there is no icon theme (nor, offscreen, a search path).
-    if (QIcon::themeSearchPaths().isEmpty())
-        QIcon::setThemeSearchPaths({QStringLiteral("/usr/share/icons")});
+    if (!QIcon::themeSearchPaths().contains(QStringLiteral("/usr/share/icons")))
+        QIcon::setThemeSearchPaths(QIcon::themeSearchPaths() << QStringLiteral("/usr/share/icons"));
     if (QIcon::themeName().isEmpty() || QIcon::themeName() == QLatin1String("hicolor"))
         QIcon::setThemeName(QStringLiteral("breeze"));
     ::testing::InitGoogleTest(&argc, argv);

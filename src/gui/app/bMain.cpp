@@ -6,6 +6,8 @@
 #include "core/app/TextFile.h"
 #include "core/app/bError.h"
 #include "core/app/bFunctions.h"
+#include "core/app/bLANG.h"
+#include "gui/app/LanguageApplier.h"
 #include "gui/app/Session.h"
 #include "gui/app/WindowHelpers.h"
 #include "gui/app/frmSplash.h"
@@ -31,13 +33,6 @@ int g_signalFds[2] = {-1, -1};
 void onSignal(int) {
     const char c = 1;
     [[maybe_unused]] const ssize_t n = ::write(g_signalFds[0], &c, 1);
-}
-
-QString readCurrentLanguage(const Folders& folders) {
-    QStringList lines;
-    TextFile::readLines(folders.languageChoiceFile(), lines, 1024 * 1024);
-    const QVariant first = lines.isEmpty() ? QVariant(QString()) : QVariant(lines.first());
-    return bFunctions::NVL(first, QString()).toString().trimmed();
 }
 
 } // namespace
@@ -83,7 +78,7 @@ int Main(QApplication& app, const Folders& folders, const QString& commandLineFi
         s.folders = folders;
         Provisioning::ensureDataFolders(folders, ProgramFolders::defaultsFolder(folders),
                                         QLocale::system().name());
-        s.currentLanguage = readCurrentLanguage(folders);
+        s.currentLanguage = bLANG::SetVarCurrLanguage(folders.languageChoiceFile());
         s.links = Links::read(folders.linksFile());
         splash.Form_Load(); // the version and the links, now that the program folder is known
 
@@ -102,9 +97,9 @@ int Main(QApplication& app, const Folders& folders, const QString& commandLineFi
         bError::wrtErrFree(QStringLiteral("### LOG FUNZIONI APPLICAZIONE ###"));
 
         window = std::make_unique<frmMain>();
-        splash.PRG()->setValue(splash.PRG()->maximum() / 2);
+        window->setLoadProgress(progressOn(splash.PRG()));
         window->Form_Load(commandLineFile);
-        splash.PRG()->setValue(splash.PRG()->maximum());
+        window->setLoadProgress({});
     }
     // Closing the splash shows the main window.
     splash.close();

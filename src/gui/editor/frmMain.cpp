@@ -6,6 +6,7 @@
 #include "core/app/bImpostazioni.h"
 #include "core/editor/CommandTable.h"
 #include "gui/app/ColorStyle.h"
+#include "gui/app/LanguageApplier.h"
 #include "gui/app/Session.h"
 #include "gui/app/WindowHelpers.h"
 #include "gui/editor/SourceView.h"
@@ -156,15 +157,13 @@ void frmMain::Form_Load(const QString& commandLineFile) {
     CheckToolbarStatus();
 
     phase("### xxxLANGUAGExxx ###");
+    // Built-in texts first: a language file that lacks a message leaves it readable.
     m_texts = Texts::builtIn(s.currentLanguage);
+    applyLanguage(this, m_texts, s.folders.languageFile(), s.currentLanguage, m_loadProgress);
 
     phase("### CaricaNomiCampi ###");
     bImpostazioni::CaricaNomiCampi(s.folders.fieldNameFile(), s.fieldNames);
-    for (int i = 0; i < 9; ++i) {
-        QAction* a = m_bars.action(QStringLiteral("cmdVarCampo%1").arg(i + 1));
-        if (a && !s.fieldNames[size_t(i)].isEmpty())
-            a->setText(s.fieldNames[size_t(i)]);
-    }
+    applyFieldNames(this, m_texts, s.fieldNames);
 
     phase("### LeggiIMP ###");
     bImpostazioni::LeggiIMP(s.folders.placementFile(), s.placement);
@@ -183,6 +182,7 @@ void frmMain::Form_Load(const QString& commandLineFile) {
     if (!dockWidgetArea(dckAllegati) || dockWidgetArea(dckAllegati) == Qt::NoDockWidgetArea)
         addDockWidget(Qt::RightDockWidgetArea, dckAllegati);
     phase("### DockAllegati 2 ###");
+    applyWindowTexts(m_allegati, m_texts);
     restoreDockWidget(dckAllegati);
     phase("### DockMemory ###");
     phase("### DockMemory 2 ###");

@@ -75,6 +75,11 @@ public:
     CommandBars& bars() { return m_bars; }
     Texts& texts() { return m_texts; }
 
+    // Where the language loading reports its progress (the splash window's bar).
+    void setLoadProgress(std::function<void(qint64, qint64)> progress) {
+        m_loadProgress = std::move(progress);
+    }
+
     // A file dialog answer for scripted runs and tests: when set, dialogs are not shown.
     static void setFileChooser(std::function<QString(const QString& title, bool save)> chooser);
 
@@ -118,6 +123,7 @@ private:
     frmAllegati* m_allegati = nullptr;
     QDockWidget* dckAllegati = nullptr;
     frmColor* m_colour = nullptr; // "pwnColor"
+    std::function<void(qint64, qint64)> m_loadProgress;
     QList<QDockWidget*> m_visualPanes;
     QTemporaryDir m_scratch;
     int m_page = PageVisual;

@@ -1,6 +1,7 @@
 // The command dispatcher of the main window and the routines that keep commands in step.
 #include "core/editor/CommandTable.h"
 #include "core/editor/DhtmlCommands.h"
+#include "gui/app/LanguageApplier.h"
 #include "gui/app/Session.h"
 #include "gui/app/WindowHelpers.h"
 #include "gui/app/frmInfoSu.h"
@@ -144,6 +145,7 @@ void frmMain::Dks_CommandClick(const QString& id) {
         DHTML->refreshImages();
         break;
     case Action::About:
+        applyWindowTexts(frmInfoSu::instance(), m_texts);
         frmInfoSu::instance()->showAbout();
         break;
     case Action::Help: {
