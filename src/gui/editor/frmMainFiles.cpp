@@ -4,6 +4,7 @@
 #include "core/app/bError.h"
 #include "core/message/MessageFile.h"
 #include "core/message/References.h"
+#include "gui/app/LanguageApplier.h"
 #include "gui/app/Session.h"
 #include "gui/app/WindowHelpers.h"
 #include "gui/app/frmMessage.h"
@@ -90,6 +91,7 @@ void frmMain::NuovoMessaggio() {
     DHTML->setShowBorders(true);
     CambiaTitoloEditor();
     m_allegati->ClearList();
+    applyWindowTexts(m_allegati, m_texts); // the cleared list has its headers back
     log(" - DHTML.SetFocus");
     if (m_page == PageVisual)
         DHTML->setFocus();
@@ -127,6 +129,7 @@ bool frmMain::ApriMessaggio(QString path) {
     m_bars.action(QStringLiteral("cmdPriAlta"))->setChecked(m_doc.priorityHigh);
     m_bars.action(QStringLiteral("cmdPriBassa"))->setChecked(m_doc.priorityLow);
     m_allegati->setPaths(m_doc.attachments);
+    applyWindowTexts(m_allegati, m_texts);
     // As after any load: local references point at the restored copies, and a body that had
     // to change for that counts as modified.
     const References::LoadResult load =
