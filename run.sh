@@ -16,6 +16,8 @@ fi
 mkdir -p build/screenshots
 rm -f build/screenshots/run.png
 export QTWEBENGINE_DISABLE_SANDBOX=1
+# Xvfb has no GPU: keep the web engine from trying (and logging its failures).
+export QTWEBENGINE_CHROMIUM_FLAGS="--disable-gpu"
 QUILLORA_SCREENSHOT="$PWD/build/screenshots/run.png" \
   xvfb-run -a -s "-screen 0 1600x1000x24" ./build/quillora "$@" &
 runner=$!
