@@ -5,6 +5,7 @@
 #include "core/app/bLANG.h"
 #include "gui/app/ColorStyle.h"
 #include "gui/app/Session.h"
+#include "gui/app/frmMessage.h"
 #include "gui/editor/frmMain.h"
 
 #include <QAction>
@@ -12,6 +13,7 @@
 #include <QDockWidget>
 #include <QFile>
 #include <QMenu>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QTabWidget>
 #include <QTemporaryDir>
@@ -82,6 +84,18 @@ TEST_P(LocalisedWindowTest, StartsInTheChosenLanguageAndScheme) {
     EXPECT_EQ(w.findChild<QDockWidget*>("dckAllegati")->windowTitle(),
               expected.value("frmMain.Dks.DockWindows(\"dckAllegati\").Caption"));
     EXPECT_EQ(w.windowTitle(), "Quillora - [NuovoFile.mssx]");
+
+    // Message boxes answer in the same language.
+    QString yes;
+    frmMessage::setAnswerProvider([&yes](const MessageRequest& r) {
+        if (auto* b = r.box->findChild<QPushButton*>("cmdYes"))
+            yes = b->text();
+        return kIdNo;
+    });
+    gui::bMessage::ShowMessageYesNo("test", "t", "i", "c");
+    frmMessage::setAnswerProvider({});
+    EXPECT_EQ(yes, expected.value("frmMessage.cmdYes.Caption"));
+    EXPECT_FALSE(yes.isEmpty());
 
     QTest::qWait(200); // let the page paint before the picture
     const QString folder = QStringLiteral(QUILLORA_BINARY_DIR "/screenshots");

@@ -272,6 +272,17 @@ void frmMessage::setButtons(const QList<int>& ids) {
         m_buttons.first()->setDefault(true);
         m_buttons.first()->setFocus();
     }
+    if (localiser())
+        localiser()(this);
+}
+
+std::function<void(QWidget*)>& frmMessage::localiser() {
+    static std::function<void(QWidget*)> hook;
+    return hook;
+}
+
+void frmMessage::setLocaliser(std::function<void(QWidget*)> localise) {
+    localiser() = std::move(localise);
 }
 
 void frmMessage::TSK_ButtonClicked(int id) {

@@ -67,6 +67,9 @@ public:
     static void setSaveAction(std::function<void()> save);
     // "Modifica immagine": the src of the image selected in the editing page.
     static void setImageSource(std::function<QString()> source);
+    // Puts the language's captions on a box's buttons (set by the main window).
+    static void setLocaliser(std::function<void(QWidget*)> localise);
+
     // When set, boxes are answered by it and never shown (scripted runs, tests).
     static void setAnswerProvider(AnswerProvider provider);
     static const AnswerProvider& answerProvider();
@@ -76,6 +79,7 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    static std::function<void(QWidget*)>& localiser();
     void runYesAction();
     QLabel* makeArea(const char* name);
     void showArea(QLabel* label, const QString& markup, QString& shown);

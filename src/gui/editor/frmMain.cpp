@@ -9,6 +9,7 @@
 #include "gui/app/LanguageApplier.h"
 #include "gui/app/Session.h"
 #include "gui/app/WindowHelpers.h"
+#include "gui/app/frmMessage.h"
 #include "gui/editor/SourceView.h"
 #include "gui/editor/VisualSurface.h"
 #include "gui/editor/frmColor.h"
@@ -160,6 +161,12 @@ void frmMain::Form_Load(const QString& commandLineFile) {
     // Built-in texts first: a language file that lacks a message leaves it readable.
     m_texts = Texts::builtIn(s.currentLanguage);
     applyLanguage(this, m_texts, s.folders.languageFile(), s.currentLanguage, m_loadProgress);
+
+    QPointer<frmMain> self(this);
+    frmMessage::setLocaliser([self](QWidget* box) {
+        if (self)
+            applyWindowTexts(box, self->m_texts);
+    });
 
     phase("### CaricaNomiCampi ###");
     bImpostazioni::CaricaNomiCampi(s.folders.fieldNameFile(), s.fieldNames);
