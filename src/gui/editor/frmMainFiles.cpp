@@ -192,11 +192,14 @@ bool frmMain::SalvaMessaggioConNome() {
 }
 
 bool frmMain::askToSave() {
-    frmMessage::setSaveAction([this] {
-        if (m_doc.currentPath.isEmpty())
-            SalvaMessaggioConNome();
+    QPointer<frmMain> self(this); // the hook outlives this question
+    frmMessage::setSaveAction([self] {
+        if (!self)
+            return;
+        if (self->m_doc.currentPath.isEmpty())
+            self->SalvaMessaggioConNome();
         else
-            RiSalva();
+            self->RiSalva();
     });
     return bMessage::ShowMessageYesNo(
                QStringLiteral("id_cmdSalvaMess"), m_texts.get(QStringLiteral("Attenzione")),

@@ -149,7 +149,8 @@ void frmMain::VisualizzaTag() {
 }
 
 void frmMain::EditaImmagine() {
-    frmMessage::setImageSource([this] { return DHTML->state().currentSrc; });
+    QPointer<VisualSurface> page(DHTML); // the hook outlives this question
+    frmMessage::setImageSource([page] { return page ? page->state().currentSrc : QString(); });
     bMessage::ShowMessageYesNo(QStringLiteral("Modifica immagine"),
                                m_texts.get(QStringLiteral("dhtmlModImmagineTitle")),
                                m_texts.get(QStringLiteral("dhtmlModImmagineTitle")),
