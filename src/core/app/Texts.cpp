@@ -16,8 +16,8 @@ constexpr BuiltIn kBuiltIn[] = {
     {"Attenzione", "Attenzione", "Attention", "Atención"},
     {"MessSalva1", "Il messaggio è stato modificato.", "The message has been changed.",
      "El mensaje ha sido modificado."},
-    {"MessSalva2", "Salvare le modifiche prima di continuare?",
-     "Save the changes before going on?", "¿Guardar los cambios antes de continuar?"},
+    {"MessSalva2", "Salvare le modifiche prima di continuare?", "Save the changes before going on?",
+     "¿Guardar los cambios antes de continuar?"},
     {"FormatoFileMessaggioErrato", "Il file scelto non è un messaggio.",
      "The chosen file is not a message file.", "El archivo elegido no es un mensaje."},
     {"NonDisponibile", "Questa funzione non è ancora disponibile.",
@@ -36,7 +36,7 @@ constexpr BuiltIn kBuiltIn[] = {
 Texts Texts::builtIn(const QString& language) {
     Texts t;
     for (const BuiltIn& b : kBuiltIn) {
-        const char* text = language == QLatin1String("Italiano") ? b.italiano
+        const char* text = language == QLatin1String("Italiano")      ? b.italiano
                            : language == QString::fromUtf8("Español") ? b.espanol
                                                                       : b.english;
         t.set(QString::fromLatin1(b.key), QString::fromUtf8(text));

@@ -50,8 +50,10 @@ constexpr Command kCommandsHead[] = {
     {"cmdTableDelCol", A::SurfaceCommand, DECMD_DELETECOLS},
     {"cmdModuliForm", A::Snippet, 0, R"(<form name="form1" method="get" action=""></form>)"},
     {"cmdModuliText", A::Snippet, 0, R"(<input name="text1" type="text" value="" SIZE="20">)"},
-    {"cmdModuliTextArea", A::Snippet, 0, R"(<textarea name="textarea1" COLS="40" ROWS="6"></textarea>)"},
-    {"cmdModuliCheckBox", A::Snippet, 0, R"(<input type="checkbox" name="checkbox1" value="checkbox">)"},
+    {"cmdModuliTextArea", A::Snippet, 0,
+     R"(<textarea name="textarea1" COLS="40" ROWS="6"></textarea>)"},
+    {"cmdModuliCheckBox", A::Snippet, 0,
+     R"(<input type="checkbox" name="checkbox1" value="checkbox">)"},
     {"cmdModuliRadioButton", A::Snippet, 0,
      R"(<input type="radio" name="radiobutton" value="radiobutton">)"},
     {"cmdModuliList", A::Snippet, 0,
@@ -99,8 +101,8 @@ constexpr Command kCommandsTail[] = {
 };
 
 constexpr ToolbarToggle kToolbarToggles[] = {
-    {"TbMain", "cmdStatusTbMain"},         {"TbStrumenti", "cmdStatusTbStrumenti"},
-    {"TbTesto", "cmdStatusTbTesto"},       {"TbInserisci", "cmdStatusTbInserisci"},
+    {"TbMain", "cmdStatusTbMain"},           {"TbStrumenti", "cmdStatusTbStrumenti"},
+    {"TbTesto", "cmdStatusTbTesto"},         {"TbInserisci", "cmdStatusTbInserisci"},
     {"TbMessaggio", "cmdStatusTbMessaggio"},
 };
 
@@ -117,7 +119,9 @@ const std::vector<Command>& table() {
 
 } // namespace
 
-std::span<const Command> commands() { return table(); }
+std::span<const Command> commands() {
+    return table();
+}
 
 std::optional<Command> find(QStringView id) {
     for (const Command& c : table()) {
@@ -129,8 +133,12 @@ std::optional<Command> find(QStringView id) {
     return std::nullopt;
 }
 
-std::span<const MergeField> mergeFields() { return kMergeFields; }
-std::span<const ToolbarToggle> toolbarToggles() { return kToolbarToggles; }
+std::span<const MergeField> mergeFields() {
+    return kMergeFields;
+}
+std::span<const ToolbarToggle> toolbarToggles() {
+    return kToolbarToggles;
+}
 
 QString CleanCrLf(QString text) {
     text.remove(QStringLiteral("\r\n"));
@@ -160,7 +168,9 @@ TagBar tagBarFor(const QString& path) {
     return bar;
 }
 
-QString modeText(const QString& pageCaption) { return QStringLiteral("Mod. ") + pageCaption; }
+QString modeText(const QString& pageCaption) {
+    return QStringLiteral("Mod. ") + pageCaption;
+}
 
 QString highlightText(QString caption) {
     caption.remove(u'&');

@@ -26,7 +26,7 @@ enum class Action {
     Snippet,        // a fixed HTML text inserted at the caret
     FontName,
     FontSize,
-    MergeField,     // a merge token inserted at the caret
+    MergeField, // a merge token inserted at the caret
     Sound,
     ShowDetails,
     ShowBorders,
@@ -46,9 +46,9 @@ enum class Action {
 struct Command {
     const char* id;
     Action action;
-    int decmd = 0;                // the surface command, where there is one
-    const char* text = nullptr;   // the snippet or merge token
-    bool marksModified = false;   // Undo, Redo, Cut, Paste mark the message even if nothing changed
+    int decmd = 0;              // the surface command, where there is one
+    const char* text = nullptr; // the snippet or merge token
+    bool marksModified = false; // Undo, Redo, Cut, Paste mark the message even if nothing changed
     const char* toolbar = nullptr; // ToggleToolbar: the toolbar it shows or hides
 };
 

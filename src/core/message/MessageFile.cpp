@@ -413,8 +413,7 @@ ReadResult read(const QString& path, const QString& restoreFolder, const Progres
                 if (w.ok()) {
                     o.restoredPath = target;
                     o.size = w.bytes;
-                }
-                else
+                } else
                     c.warnings << QStringLiteral("The embedded file %1 could not be restored: %2")
                                       .arg(o.name, w.error);
             }

@@ -1,5 +1,5 @@
-#include "core/app/Texts.h"
 #include "core/editor/CommandTable.h"
+#include "core/app/Texts.h"
 #include "core/editor/DhtmlCommands.h"
 #include "core/editor/SyntaxScheme.h"
 
@@ -55,13 +55,16 @@ TEST(CommandTable, SnippetsAreExact) {
     const auto text = [](const char16_t* id) { return QString::fromUtf8(find(id)->text); };
     EXPECT_EQ(text(u"cmdModuliForm"), R"(<form name="form1" method="get" action=""></form>)");
     EXPECT_EQ(text(u"cmdModuliText"), R"(<input name="text1" type="text" value="" SIZE="20">)");
-    EXPECT_EQ(text(u"cmdModuliTextArea"), R"(<textarea name="textarea1" COLS="40" ROWS="6"></textarea>)");
-    EXPECT_EQ(text(u"cmdModuliList"),
-              R"(<select name="select1" SIZE="6"><option value="1">valore1</option><option value="2">valore2</option></select>)");
+    EXPECT_EQ(text(u"cmdModuliTextArea"),
+              R"(<textarea name="textarea1" COLS="40" ROWS="6"></textarea>)");
+    EXPECT_EQ(
+        text(u"cmdModuliList"),
+        R"(<select name="select1" SIZE="6"><option value="1">valore1</option><option value="2">valore2</option></select>)");
     EXPECT_EQ(text(u"cmdModuliHidden"), R"(<input type="hidden" name="hiddenField1">)");
     EXPECT_EQ(text(u"cmdHR"), "<hr>");
-    EXPECT_EQ(text(u"cmdTable"),
-              R"(<table width="100%" border="0" cellspacing="2" cellpadding="0"><tr><td>Cella1</td><td>Cella2</td><td>Cella3</td></tr></table>)");
+    EXPECT_EQ(
+        text(u"cmdTable"),
+        R"(<table width="100%" border="0" cellspacing="2" cellpadding="0"><tr><td>Cella1</td><td>Cella2</td><td>Cella3</td></tr></table>)");
     int snippets = 0;
     for (const Command& c : commands())
         snippets += c.action == Action::Snippet;
@@ -113,10 +116,10 @@ TEST(StatusTexts, ModeAndHighlight) {
 }
 
 TEST(SyntaxScheme, ReadsTheHtmlSectionOnly) {
-    const SyntaxScheme s = parseSyntaxScheme(
-        {"[CSS]", "Tag.........: #111111", "[HTML]", "Tag.........: #0550ae", "Comment: #6E7781",
-         "Value.......: blue", "Garbage line", "Tag.........: #222222", "[Other]",
-         "Paper: #FFFFFF"});
+    const SyntaxScheme s =
+        parseSyntaxScheme({"[CSS]", "Tag.........: #111111", "[HTML]", "Tag.........: #0550ae",
+                           "Comment: #6E7781", "Value.......: blue", "Garbage line",
+                           "Tag.........: #222222", "[Other]", "Paper: #FFFFFF"});
     EXPECT_EQ(s.colour("Tag", "x"), "#222222");
     EXPECT_EQ(s.colour("Comment", "x"), "#6E7781");
     EXPECT_EQ(s.colour("Value", "#000000"), "#000000");
@@ -137,7 +140,8 @@ TEST(Texts, BuiltInInEveryLanguage) {
     }
     EXPECT_NE(Texts::builtIn("Italiano").get("NonDisponibile"),
               Texts::builtIn("English").get("NonDisponibile"));
-    EXPECT_EQ(Texts::builtIn("Deutsch").get("MessSalva1"), Texts::builtIn("English").get("MessSalva1"));
+    EXPECT_EQ(Texts::builtIn("Deutsch").get("MessSalva1"),
+              Texts::builtIn("English").get("MessSalva1"));
 }
 
 } // namespace
