@@ -43,6 +43,8 @@
 #include <Qsci/qscilexer.h>
 #include <gtest/gtest.h>
 
+#include "gui/TestSession.h"
+
 static void PrintTo(const QColor& c, std::ostream* os) {
     *os << c.name().toStdString();
 }
@@ -216,13 +218,7 @@ TEST_F(ColorStyleTest, ColouringAgainReplacesTheSchemeInsteadOfPilingUp) {
 class MainWindowScheme : public testing::TestWithParam<const char*> {
 protected:
     void SetUp() override {
-        Session& s = session();
-        s = Session{};
-        s.currentLanguage = QStringLiteral("English");
-        s.folders = Folders::derive(dir.filePath("app"), dir.filePath("docs"));
-        QDir().mkpath(s.folders.appPath);
-        Provisioning::ensureDataFolders(s.folders, QUILLORA_SOURCE_DIR "/data/defaults", "en_US");
-        bError::InitError(s.folders);
+        Session& s = freshSession(dir);
         frmMessage::setAnswerProvider([](const MessageRequest& r) { return r.buttons.value(0); });
         ASSERT_TRUE(TextFile::writeLines(s.folders.pathFileImp + "colorSchema2.dll",
                                          {"[Schema]", QString::fromLatin1(GetParam())}));

@@ -29,6 +29,8 @@
 #include <QTreeWidget>
 #include <gtest/gtest.h>
 
+#include "gui/TestSession.h"
+
 // Readable failures: gtest would print a QString as its bytes.
 static void PrintTo(const QString& s, std::ostream* os) {
     *os << '"' << s.toStdString() << '"';
@@ -90,13 +92,7 @@ QStringList accelerators(const QList<QAction*>& actions) {
 class LanguageApplierTest : public testing::Test {
 protected:
     void SetUp() override {
-        Session& s = session();
-        s = Session{};
-        s.currentLanguage = QStringLiteral("English");
-        s.folders = Folders::derive(dir.filePath("app"), dir.filePath("docs"));
-        QDir().mkpath(s.folders.appPath);
-        Provisioning::ensureDataFolders(s.folders, QUILLORA_SOURCE_DIR "/data/defaults", "en_US");
-        bError::InitError(s.folders);
+        freshSession(dir);
         window = std::make_unique<frmMain>();
     }
     void TearDown() override {

@@ -28,6 +28,8 @@
 #include <QTreeWidget>
 #include <gtest/gtest.h>
 
+#include "gui/TestSession.h"
+
 using namespace quillora;
 using namespace quillora::gui;
 
@@ -48,13 +50,7 @@ void saveShot(QWidget& w, const QString& name) {
 class frmMainTest : public testing::Test {
 protected:
     void SetUp() override {
-        Session& s = session();
-        s = Session{};
-        s.currentLanguage = QStringLiteral("English");
-        s.folders = Folders::derive(dir.filePath("app"), dir.filePath("docs"));
-        QDir().mkpath(s.folders.appPath);
-        Provisioning::ensureDataFolders(s.folders, QUILLORA_SOURCE_DIR "/data/defaults", "en_US");
-        bError::InitError(s.folders);
+        freshSession(dir);
         questions = 0;
         answer = kIdNo;
         frmMessage::setAnswerProvider([this](const MessageRequest& r) {
