@@ -1,5 +1,6 @@
 // Any bytes as a language file: no crash, only keys of the program's table are applied, and
 // the progress stays within the file's size and ends at it.
+#include "FuzzText.h"
 #include "core/app/LanguageKeys.h"
 #include "core/app/TextFile.h"
 #include "core/app/bLANG.h"
@@ -9,11 +10,10 @@
 using namespace quillora;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const QByteArrayView bytes(reinterpret_cast<const char*>(data), qsizetype(size));
-    const TextFile::Decoded d = TextFile::decode(bytes);
-    if (!d.ok())
+    const std::optional<QStringList> read = fuzzLines(data, size);
+    if (!read)
         return 0;
-    const QStringList lines = TextFile::splitLines(d.text);
+    const QStringList& lines = *read;
 
     // The first line's name as the language, so that fuzzed headers can be selected too.
     const QString first = lines.value(0);

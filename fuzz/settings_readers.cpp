@@ -1,5 +1,6 @@
 // The placement and field-name readers take any file without crashing, and only
 // recognised keys change anything.
+#include "FuzzText.h"
 #include "core/app/TextFile.h"
 #include "core/app/bImpostazioni.h"
 
@@ -10,11 +11,10 @@ using namespace quillora;
 using namespace quillora::bImpostazioni;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const QByteArrayView bytes(reinterpret_cast<const char*>(data), qsizetype(size));
-    const TextFile::Decoded d = TextFile::decode(bytes);
-    if (!d.ok())
+    const std::optional<QStringList> read = fuzzLines(data, size);
+    if (!read)
         return 0;
-    const QStringList lines = TextFile::splitLines(d.text);
+    const QStringList& lines = *read;
 
     WindowPlacement p{1, 2, 3, 4, 0};
     ApplyPlacementLines(lines, p);

@@ -1,4 +1,5 @@
 // Any bytes decode to some text or a clear error; what we write reads back unchanged.
+#include "FuzzText.h"
 #include "core/app/TextFile.h"
 
 #include <cstdlib>
@@ -6,11 +7,10 @@
 using namespace quillora;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const QByteArrayView bytes(reinterpret_cast<const char*>(data), qsizetype(size));
-    const TextFile::Decoded d = TextFile::decode(bytes);
-    if (!d.ok())
+    const std::optional<QStringList> read = fuzzLines(data, size);
+    if (!read)
         return 0;
-    const QStringList lines = TextFile::splitLines(d.text);
+    const QStringList& lines = *read;
     for (const QString& line : lines) {
         if (line.contains(u'\r') || line.contains(u'\n'))
             abort();
