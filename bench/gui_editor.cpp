@@ -87,7 +87,7 @@ int switchPages() {
     // About 1 MB: a real newsletter's body repeated inside one document.
     const QString page =
         TextFile::read(
-            QStringLiteral(QUILLORA_SOURCE_DIR "/../shared/corpus/html/colorlib-16/index.html"))
+            QStringLiteral(QUILLORA_SOURCE_DIR "/tests/data/html/colorlib-16/index.html"))
             .text;
     const qsizetype bodyStart = page.indexOf(QLatin1String("<body"));
     const qsizetype bodyEnd = page.lastIndexOf(QLatin1String("</body>"));

@@ -7,7 +7,6 @@
 #include <QFile>
 #include <benchmark/benchmark.h>
 #include <cstring>
-#include <filesystem>
 #include <gumbo.h>
 
 using namespace quillora::References;
@@ -17,24 +16,10 @@ namespace {
 constexpr qsizetype kPageSize = 5 * 1000 * 1000;
 
 QString newsletter() {
-    const QByteArray corpus = qgetenv("QUILLORA_CORPUS");
-    const std::filesystem::path root =
-        corpus.isEmpty() ? std::filesystem::path(__FILE__).parent_path() / "../../shared/corpus"
-                         : std::filesystem::path(corpus.toStdString());
-    QFile file(QString::fromStdString((root / "html/colorlib-16/index.html").string()));
-    if (file.open(QIODevice::ReadOnly))
-        return QString::fromUtf8(file.readAll());
-    // Without the corpus: a table layout of the same kind, with images and backgrounds.
-    return QStringLiteral(
-        "<!DOCTYPE html><html><head><meta charset=\"utf-8\"><style>td{padding:0}</style></head>"
-        "<body><table role=\"presentation\" width=\"600\" align=\"center\" "
-        "style=\"margin:0 auto;border-collapse:collapse\"><tr><td background=\"images/bg_1.jpg\" "
-        "style=\"padding:2em;background-size:cover\"><img src=\"images/logo.png\" width=\"120\" "
-        "alt=\"Logo\" style=\"display:block\"><h2 style=\"font-family:Arial\">Caffè &amp; "
-        "news</h2><p style=\"color:#555;line-height:1.5\">Far far away, behind the word "
-        "mountains, there live the blind texts.</p><a href=\"https://example.com/\">Read "
-        "more</a></td></tr><tr><td><img src=\"https://example.com/photo.jpg\" width=\"600\">"
-        "</td></tr></table></body></html>");
+    QFile file(QStringLiteral(QUILLORA_SOURCE_DIR "/tests/data/html/colorlib-16/index.html"));
+    if (!file.open(QIODevice::ReadOnly))
+        qFatal("bench_references: %s is missing", qPrintable(file.fileName()));
+    return QString::fromUtf8(file.readAll());
 }
 
 const QString& page() {

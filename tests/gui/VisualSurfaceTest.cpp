@@ -646,7 +646,7 @@ TEST_F(VisualSurfaceTest, AClickFindsTheMirrorAlreadyAtTheCaret) {
 // ---- A real newsletter, for the eye ------------------------------------------------------
 
 TEST_F(VisualSurfaceTest, NewsletterScreenshots) {
-    const QString source = QStringLiteral("/work/shared/corpus/html/colorlib-16");
+    const QString source = QStringLiteral(QUILLORA_SOURCE_DIR "/tests/data/html/colorlib-16");
     QFile index(source + QStringLiteral("/index.html"));
     ASSERT_TRUE(index.open(QIODevice::ReadOnly));
     const QString html = QString::fromUtf8(index.readAll());

@@ -35,7 +35,7 @@ using namespace quillora::gui;
 
 namespace {
 
-const QString kCorpus = QStringLiteral(QUILLORA_SOURCE_DIR "/../shared/corpus/html/");
+const QString kCorpus = QStringLiteral(QUILLORA_SOURCE_DIR "/tests/data/html/");
 
 bool waitFor(const std::function<bool()>& done, int ms = 15000) {
     return QTest::qWaitFor(done, ms);

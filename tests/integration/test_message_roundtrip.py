@@ -13,9 +13,7 @@ import unittest
 
 CLI = sys.argv[1]
 SOURCE = sys.argv[2]
-CORPUS = os.path.normpath(os.path.join(SOURCE, "..", "shared", "corpus", "html"))
-if not os.path.isdir(CORPUS):
-    CORPUS = os.path.normpath(os.path.join(SOURCE, "shared", "corpus", "html"))
+CORPUS = os.path.join(SOURCE, "tests", "data", "html")
 
 
 def cli(*args, check=True):

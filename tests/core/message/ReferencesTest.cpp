@@ -191,9 +191,7 @@ TEST(Walker, ClonedElementSharesOneRangeAndIsRewrittenOnce) {
 }
 
 QStringList corpusPages() {
-    const QString root = qEnvironmentVariableIsSet("QUILLORA_CORPUS")
-                             ? qEnvironmentVariable("QUILLORA_CORPUS")
-                             : QStringLiteral(QUILLORA_SOURCE_DIR "/../shared/corpus");
+    const QString root = QStringLiteral(QUILLORA_SOURCE_DIR "/tests/data");
     QStringList pages;
     const QDir html(root + "/html");
     for (const QString& sub : html.entryList(QDir::Dirs | QDir::NoDotAndDotDot))
