@@ -1,8 +1,8 @@
 #include "core/app/Folders.h"
 #include "core/app/Links.h"
+#include "gui/ScriptedDialogs.h"
 #include "gui/app/AboutPanel.h"
 #include "gui/app/Session.h"
-#include "gui/app/UrlOpener.h"
 #include "gui/app/frmInfoSu.h"
 #include "gui/app/frmSplash.h"
 
@@ -47,13 +47,10 @@ protected:
         s = Session{};
         s.folders = Folders::derive(QStringLiteral(QUILLORA_SOURCE_DIR "/data/"), QDir::tempPath());
         s.currentLanguage = "Italiano";
-        UrlOpener::set([this](QWidget*, const QString& target) { opened << target; });
+        scriptDialogs();
     }
-    void TearDown() override {
-        UrlOpener::set({});
-        session() = Session{};
-    }
-    QStringList opened;
+    void TearDown() override { session() = Session{}; }
+    const QStringList& opened() const { return scripted().opened; }
 };
 
 TEST_F(AboutTest, VersionHasTwoDigitMinorInBothWindows) {
@@ -97,7 +94,7 @@ TEST_F(AboutTest, ClicksOnBackgroundPictureAndVersionHideButLinksDoNot) {
         click(target);
         EXPECT_FALSE(about.isVisible()) << hides;
     }
-    EXPECT_EQ(opened.size(), 6);
+    EXPECT_EQ(opened().size(), 6);
 }
 
 struct LanguageCase {
@@ -113,11 +110,11 @@ TEST_P(LinkLanguageTest, SiteDependsOnTheExactLanguageInBothWindows) {
         *GetParam().site ? QStringList{QString::fromLatin1(GetParam().site)} : QStringList{};
     frmInfoSu about;
     click(about.findChild<QLabel*>("Link"));
-    EXPECT_EQ(opened, expected);
-    opened.clear();
+    EXPECT_EQ(opened(), expected);
+    scripted().opened.clear();
     frmSplash splash;
     click(splash.findChild<QLabel*>("Link"));
-    EXPECT_EQ(opened, expected);
+    EXPECT_EQ(opened(), expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -133,7 +130,7 @@ TEST_F(AboutTest, MailLinkWritesToItsCaption) {
     auto* mail = splash.findChild<QLabel*>("MailTo");
     EXPECT_EQ(mail->text(), "support@quillora.example");
     click(mail);
-    EXPECT_EQ(opened, QStringList{"mailto:support@quillora.example"});
+    EXPECT_EQ(opened(), QStringList{"mailto:support@quillora.example"});
 }
 
 TEST_F(AboutTest, WithoutLinksFileNothingOpens) {
@@ -142,19 +139,20 @@ TEST_F(AboutTest, WithoutLinksFileNothingOpens) {
     frmInfoSu about;
     click(about.findChild<QLabel*>("Link"));
     click(about.findChild<QLabel*>("MailTo"));
-    EXPECT_TRUE(opened.isEmpty());
+    EXPECT_TRUE(opened().isEmpty());
 }
 
 // Start-up shows the splash before it knows the folders, then loads it again.
 TEST_F(AboutTest, SplashMadeBeforeTheFoldersTakesTheAddressesLater) {
     const Folders folders = session().folders;
     session() = Session{};
+    scriptDialogs();
     frmSplash splash;
     auto* mail = splash.findChild<QLabel*>("MailTo");
     EXPECT_EQ(mail->text(), "");
     click(mail);
     click(splash.findChild<QLabel*>("Link"));
-    EXPECT_TRUE(opened.isEmpty());
+    EXPECT_TRUE(opened().isEmpty());
 
     session().folders = folders;
     session().currentLanguage = "English";
@@ -162,7 +160,7 @@ TEST_F(AboutTest, SplashMadeBeforeTheFoldersTakesTheAddressesLater) {
     splash.Form_Load();
     EXPECT_EQ(mail->text(), "support@quillora.example");
     click(splash.findChild<QLabel*>("Link"));
-    EXPECT_EQ(opened, QStringList{"https://www.quillora.example/en/"});
+    EXPECT_EQ(opened(), QStringList{"https://www.quillora.example/en/"});
 }
 
 TEST_F(AboutTest, SplashRunsItsSequenceOnceAndExposesItsProgress) {

@@ -219,14 +219,12 @@ class MainWindowScheme : public testing::TestWithParam<const char*> {
 protected:
     void SetUp() override {
         Session& s = freshSession(dir);
-        frmMessage::setAnswerProvider([](const MessageRequest& r) { return r.buttons.value(0); });
         ASSERT_TRUE(TextFile::writeLines(s.folders.pathFileImp + "colorSchema2.dll",
                                          {"[Schema]", QString::fromLatin1(GetParam())}));
     }
     void TearDown() override {
         window.reset();
         clearProgramColorStyle();
-        frmMessage::setAnswerProvider({});
         bError::setLogPath(QString());
     }
     frmMain& start() {

@@ -3,6 +3,7 @@
 #include "core/app/TextFile.h"
 #include "core/app/bError.h"
 #include "core/app/bLANG.h"
+#include "gui/ScriptedDialogs.h"
 #include "gui/app/ColorStyle.h"
 #include "gui/app/Session.h"
 #include "gui/app/frmMessage.h"
@@ -46,6 +47,7 @@ TEST_P(LocalisedWindowTest, StartsInTheChosenLanguageAndScheme) {
     const Localised& p = GetParam();
     Session& s = session();
     s = Session{};
+    scriptDialogs();
     s.folders = Folders::derive(dir.filePath("app"), dir.filePath("docs"));
     QDir().mkpath(s.folders.appPath);
     QFile::copy(QUILLORA_SOURCE_DIR "/data/LANG_Quillora.lng", s.folders.languageFile());
@@ -87,13 +89,12 @@ TEST_P(LocalisedWindowTest, StartsInTheChosenLanguageAndScheme) {
 
     // Message boxes answer in the same language.
     QString yes;
-    frmMessage::setAnswerProvider([&yes](const MessageRequest& r) {
+    scripted().onAnswer = [&yes](const MessageRequest& r) {
         if (auto* b = r.box->findChild<QPushButton*>("cmdYes"))
             yes = b->text();
         return kIdNo;
-    });
+    };
     gui::bMessage::ShowMessageYesNo("test", "t", "i", "c");
-    frmMessage::setAnswerProvider({});
     EXPECT_EQ(yes, expected.value("frmMessage.cmdYes.Caption"));
     EXPECT_FALSE(yes.isEmpty());
 

@@ -3,6 +3,15 @@
 #include <QIcon>
 #include <gtest/gtest.h>
 
+#include "gui/ScriptedDialogs.h"
+
+namespace {
+// Every test starts with scripted dialogs: no test can wait on a modal window.
+class FreshDialogs : public testing::EmptyTestEventListener {
+    void OnTestStart(const testing::TestInfo&) override { scriptDialogs(); }
+};
+} // namespace
+
 int main(int argc, char** argv) {
     // ctest's test discovery runs this program too, without the per-test environment.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
@@ -17,5 +26,6 @@ int main(int argc, char** argv) {
     if (QIcon::themeName().isEmpty() || QIcon::themeName() == QLatin1String("hicolor"))
         QIcon::setThemeName(QStringLiteral("breeze"));
     ::testing::InitGoogleTest(&argc, argv);
+    testing::UnitTest::GetInstance()->listeners().Append(new FreshDialogs);
     return RUN_ALL_TESTS();
 }

@@ -1,4 +1,6 @@
 #include "gui/message/frmAllegati.h"
+#include "core/app/FileFilter.h"
+#include "gui/ScriptedDialogs.h"
 
 #include <QAction>
 #include <QApplication>
@@ -24,15 +26,12 @@ protected:
         previousLocale = QLocale();
         QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
         QObject::connect(&pane, &frmAllegati::modified, [this] { ++modifications; });
-        frmAllegati::setFileChooser([this](QWidget*, const QString& title, const QString& filter) {
-            asked << title + " | " + filter;
+        scripted().onFile = [this](const ScriptedDialogs::FileQuestion& q) {
+            asked << q.title + " | " + quillora::FileFilter::qtFilter(q.filter);
             return chosen;
-        });
+        };
     }
-    void TearDown() override {
-        frmAllegati::setFileChooser({});
-        QLocale::setDefault(previousLocale);
-    }
+    void TearDown() override { QLocale::setDefault(previousLocale); }
 
     QString makeFile(const QString& name, qsizetype bytes) {
         QFile f(dir.filePath(name));

@@ -6,7 +6,6 @@
 #include "core/editor/CommandTable.h"
 #include "core/message/MessageFile.h"
 #include "gui/app/Session.h"
-#include "gui/app/UrlOpener.h"
 #include "gui/app/frmMessage.h"
 #include "gui/editor/SourceView.h"
 #include "gui/editor/VisualSurface.h"
@@ -53,21 +52,16 @@ protected:
         freshSession(dir);
         questions = 0;
         answer = kIdNo;
-        frmMessage::setAnswerProvider([this](const MessageRequest& r) {
+        scripted().onAnswer = [this](const MessageRequest& r) {
             if (!r.key.isEmpty())
                 ++questions;
             lastRequest = r;
             return r.buttons.contains(answer) ? answer : r.buttons.value(0);
-        });
-        frmMain::setFileChooser([this](const QString&, bool) { return chosenFile; });
-        frmAllegati::setFileChooser(
-            [this](QWidget*, const QString&, const QString&) { return chosenFile; });
+        };
+        scripted().onFile = [this](const ScriptedDialogs::FileQuestion&) { return chosenFile; };
     }
     void TearDown() override {
         window.reset();
-        frmMessage::setAnswerProvider({});
-        frmMain::setFileChooser({});
-        frmAllegati::setFileChooser({});
         bError::setLogPath(QString());
     }
 
@@ -256,8 +250,6 @@ TEST_F(frmMainTest, TypingMarksTheTitleOnceAndEditCommandsFollowTheirRule) {
 TEST_F(frmMainTest, DoubleClickOnAnImageOffersToEditItsFile) {
     frmMain& w = start();
     session().pathElaboration = dir.path() + "/work/";
-    QStringList opened;
-    UrlOpener::set([&opened](QWidget*, const QString& target) { opened << target; });
     setBody("<html><body><p id=\"w\"><img src=\"images/pic.jpg\"></p><p id=\"t\">x</p>"
             "</body></html>");
     w.visualPage()->selectContents("#w");
@@ -265,7 +257,7 @@ TEST_F(frmMainTest, DoubleClickOnAnImageOffersToEditItsFile) {
     answer = kIdYes;
     emit w.visualPage()->imageDoubleClicked();
     EXPECT_EQ(lastRequest.key, "Modifica immagine");
-    EXPECT_EQ(opened, QStringList({dir.path() + "/work/images/pic.jpg"}));
+    EXPECT_EQ(scripted().opened, QStringList({dir.path() + "/work/images/pic.jpg"}));
 
     // Not on an image: nothing is asked.
     questions = 0;
@@ -273,7 +265,6 @@ TEST_F(frmMainTest, DoubleClickOnAnImageOffersToEditItsFile) {
     ASSERT_TRUE(waitFor([&] { return w.visualPage()->state().lastTag == "<P>"; }));
     emit w.visualPage()->imageDoubleClicked();
     EXPECT_EQ(questions, 0);
-    UrlOpener::set({});
 }
 
 TEST_F(frmMainTest, PriorityTogglesExcludeEachOther) {

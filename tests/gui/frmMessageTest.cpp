@@ -1,6 +1,6 @@
 #include "gui/app/frmMessage.h"
+#include "gui/ScriptedDialogs.h"
 #include "gui/app/Session.h"
-#include "gui/app/UrlOpener.h"
 
 #include <QApplication>
 #include <QDir>
@@ -35,7 +35,7 @@ struct Seen {
 class MessageBoxTest : public testing::Test {
 protected:
     void SetUp() override {
-        frmMessage::setAnswerProvider([this](const MessageRequest& r) {
+        scripted().onAnswer = [this](const MessageRequest& r) {
             requests << r;
             const frmMessage* box = r.box;
             const auto label = [box](const char* name) {
@@ -55,24 +55,24 @@ protected:
             seen.mainIconShown = !label("picMainIcon")->pixmap().isNull();
             seen.windowTitle = box->windowTitle();
             return answer;
-        });
-        frmMessage::setSaveAction([this] { ++saves; });
-        UrlOpener::set([this](QWidget*, const QString& target) { opened << target; });
+        };
         session().pathElaboration = work.path() + "/";
     }
-    void TearDown() override {
-        frmMessage::setAnswerProvider({});
-        frmMessage::setSaveAction({});
-        frmMessage::setImageSource({});
-        UrlOpener::set({});
-        session().pathElaboration.clear();
-    }
+    void TearDown() override { session().pathElaboration.clear(); }
+    const QStringList& opened() const { return scripted().opened; }
 
     int answer = kIdOk;
     QList<MessageRequest> requests;
     Seen seen;
-    int saves = 0;
-    QStringList opened;
+    // The main window that owns the boxes and carries out what "yes" means.
+    struct MainWindow : QWidget, MessageKeyActions {
+        MainWindow() { setObjectName("frmMain"); }
+        void saveForQuestion() override { ++saves; }
+        QString selectedImageSource() const override { return src; }
+        int saves = 0;
+        QString src;
+    } main;
+    int& saves = main.saves;
     QTemporaryDir work;
 };
 
@@ -131,26 +131,25 @@ TEST_F(MessageBoxTest, OnlyYesRunsTheSaveOfTheKey) {
     answer = kIdYes;
     bMessage::ShowMessageYesNo("some other key", "Q", "I", "C");
     EXPECT_EQ(saves, 1);
-    EXPECT_TRUE(opened.isEmpty());
+    EXPECT_TRUE(opened().isEmpty());
 }
 
 TEST_F(MessageBoxTest, EditImageOpensOnlyLocalFilesInTheWorkingFolder) {
     answer = kIdYes;
-    QString src;
-    frmMessage::setImageSource([&src] { return src; });
+    QString& src = main.src;
     for (const char* remote :
          {"http://x.example/a.jpg", "HTTP://X.example/a.jpg", "https://x.example/a.jpg", ""}) {
         src = QString::fromLatin1(remote);
         bMessage::ShowMessageYesNo("Modifica immagine", "Q", "Edit?", "C");
-        EXPECT_TRUE(opened.isEmpty()) << remote;
+        EXPECT_TRUE(opened().isEmpty()) << remote;
     }
     src = "images/pic.jpg";
     answer = kIdNo;
     bMessage::ShowMessageYesNo("Modifica immagine", "Q", "Edit?", "C");
-    EXPECT_TRUE(opened.isEmpty());
+    EXPECT_TRUE(opened().isEmpty());
     answer = kIdYes;
     bMessage::ShowMessageYesNo("Modifica immagine", "Q", "Edit?", "C");
-    EXPECT_EQ(opened, QStringList{QDir::toNativeSeparators(work.path() + "/images/pic.jpg")});
+    EXPECT_EQ(opened(), QStringList{QDir::toNativeSeparators(work.path() + "/images/pic.jpg")});
     EXPECT_EQ(saves, 0);
 }
 
@@ -165,12 +164,12 @@ TEST_F(MessageBoxTest, LinksInTheMarkupOpenThroughTheOpener) {
     EXPECT_EQ(shown(content), "See the guide");
     ASSERT_TRUE(content->text().contains("href=\"https://x.example/a?b=1&amp;c=2\""));
     emit content->linkActivated("https://x.example/a?b=1&c=2");
-    EXPECT_EQ(opened, QStringList{"https://x.example/a?b=1&c=2"});
+    EXPECT_EQ(opened(), QStringList{"https://x.example/a?b=1&c=2"});
 }
 
 // The real window: buttons, Escape, and the handler running before the box closes.
 TEST_F(MessageBoxTest, ShownQuestionIsAnsweredByItsButtons) {
-    frmMessage::setAnswerProvider({});
+    setDialogs(std::make_shared<Dialogs>()); // the real, modal window
     bool escapeIgnored = false;
     QTimer::singleShot(0, [&] {
         auto* box = qobject_cast<frmMessage*>(QApplication::activeModalWidget());

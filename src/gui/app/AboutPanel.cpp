@@ -2,10 +2,10 @@
 
 #include "core/app/Links.h"
 #include "core/app/Version.h"
+#include "gui/app/Dialogs.h"
 #include "gui/app/ProgramIcon.h"
 #include "gui/app/Reported.h"
 #include "gui/app/Session.h"
-#include "gui/app/UrlOpener.h"
 
 #include <QGridLayout>
 #include <QMouseEvent>
@@ -139,14 +139,14 @@ void AboutPanel::Link_Click() {
     reported(m_formName + QStringLiteral(".Link_Click()"), this, [&] {
         const QString site = session().links.siteFor(session().currentLanguage);
         if (!site.isEmpty())
-            UrlOpener::open(window(), site);
+            dialogs().open(window(), site);
     });
 }
 
 void AboutPanel::MailTo_Click() {
     reported(m_formName + QStringLiteral(".MailTo_Click()"), this, [&] {
         if (!m_mail->text().isEmpty())
-            UrlOpener::open(window(), QStringLiteral("mailto:") + m_mail->text());
+            dialogs().open(window(), QStringLiteral("mailto:") + m_mail->text());
     });
 }
 

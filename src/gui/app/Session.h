@@ -2,12 +2,16 @@
 
 #include "core/app/Folders.h"
 #include "core/app/Links.h"
+#include "core/app/Texts.h"
 #include "core/app/bImpostazioni.h"
 
 #include <QString>
+#include <memory>
 
 // The program-wide state that start-up establishes and every window reads.
 namespace quillora::gui {
+
+class Dialogs;
 
 struct Session {
     Folders folders;
@@ -18,6 +22,8 @@ struct Session {
     Links links;             // web-site and support addresses
     bImpostazioni::WindowPlacement placement;
     bImpostazioni::FieldNames fieldNames;
+    Texts texts;           // the interface texts of the current language
+    std::shared_ptr<Dialogs> dialogs; // see Dialogs.h; made on first use
 };
 
 Session& session();

@@ -1,12 +1,12 @@
 #include "gui/app/WindowHelpers.h"
 
 #include "core/app/bError.h"
+#include "gui/app/Dialogs.h"
 
 #include <QApplication>
 #include <QDesktopServices>
 #include <QFileInfo>
 #include <QGuiApplication>
-#include <QMessageBox>
 #include <QScreen>
 #include <QUrl>
 #include <QWidget>
@@ -51,9 +51,7 @@ void ShowErrorReport(const QString& routine, int line, const QString& descriptio
                      QWidget* parent) {
     const QString text =
         bError::ErrorReportText(QApplication::applicationDisplayName(), routine, line, description);
-    QMessageBox box(QMessageBox::Information, QString::fromLatin1(bError::kErrorReportTitle), text,
-                    QMessageBox::Ok, parent);
-    box.exec();
+    dialogs().errorReport(parent, QString::fromLatin1(bError::kErrorReportTitle), text);
 }
 
 } // namespace quillora::gui

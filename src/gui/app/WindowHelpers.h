@@ -19,7 +19,7 @@ double twipsPerPixel(const QWidget* window);
 // A rectangle that lies outside every screen is moved onto the primary screen.
 QRect pullOntoScreen(const QRect& rect);
 
-// The one error report box of the program.
+// The one error report box of the program, shown through the session's dialogs.
 void ShowErrorReport(const QString& routine, int line, const QString& description,
                      QWidget* parent = nullptr);
 

@@ -1,9 +1,10 @@
 #include "gui/app/frmMessage.h"
 
+#include "gui/app/Dialogs.h"
+#include "gui/app/LanguageApplier.h"
 #include "gui/app/ProgramIcon.h"
 #include "gui/app/Reported.h"
 #include "gui/app/Session.h"
-#include "gui/app/UrlOpener.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -21,17 +22,15 @@ namespace mm = quillora::bMessage;
 
 namespace {
 
-struct Hooks {
+// The key of the last question box and what the last box showed: one box is up at a time.
+struct LastBox {
     QString messageKey;
-    std::function<void()> save;
-    std::function<QString()> imageSource;
-    frmMessage::AnswerProvider answer;
-    MessageRequest last;
+    MessageRequest request;
 };
 
-Hooks& hooks() {
-    static Hooks h;
-    return h;
+LastBox& last() {
+    static LastBox l;
+    return l;
 }
 
 constexpr int kMainIconSize = 32;
@@ -134,18 +133,14 @@ QPushButton { min-width: 76px; padding: 4px 14px; }
 int runBox(frmMessage& box, const QString& key) {
     MessageRequest request = box.request();
     request.key = key;
-    Hooks& h = hooks();
-    int id = 0;
-    if (h.answer) {
-        request.box = &box;
-        id = h.answer(request);
-        if (request.buttons.contains(id))
-            box.TSK_ButtonClicked(id);
-    } else {
-        id = box.exec();
-    }
+    request.box = &box;
+    const int id = dialogs().answer(request);
+    // An answer given without the box's own buttons (a scripted run) still carries out its
+    // action, once.
+    if (!box.answered() && request.buttons.contains(id))
+        box.TSK_ButtonClicked(id);
     request.box = nullptr;
-    h.last = request;
+    last().request = request;
     return id;
 }
 
@@ -272,20 +267,11 @@ void frmMessage::setButtons(const QList<int>& ids) {
         m_buttons.first()->setDefault(true);
         m_buttons.first()->setFocus();
     }
-    if (localiser())
-        localiser()(this);
-}
-
-std::function<void(QWidget*)>& frmMessage::localiser() {
-    static std::function<void(QWidget*)> hook;
-    return hook;
-}
-
-void frmMessage::setLocaliser(std::function<void(QWidget*)> localise) {
-    localiser() = std::move(localise);
+    applyWindowTexts(this, session().texts);
 }
 
 void frmMessage::TSK_ButtonClicked(int id) {
+    m_answered = true;
     reported("frmMessage.TSK_ButtonClicked()", this, [&] {
         if (id == kIdYes)
             runYesAction();
@@ -293,20 +279,23 @@ void frmMessage::TSK_ButtonClicked(int id) {
 }
 
 void frmMessage::runYesAction() {
-    const Hooks& h = hooks();
-    if (h.messageKey == u"id_cmdSalvaMess") {
-        if (h.save)
-            h.save();
-    } else if (h.messageKey == u"Modifica immagine") {
-        const QString src = h.imageSource ? h.imageSource() : QString();
-        const QString file = mm::imageFileToEdit(src, session().pathElaboration);
+    // The main window carries out what "yes" means for each key.
+    auto* actions = dynamic_cast<MessageKeyActions*>(mainWindow());
+    if (!actions)
+        return;
+    const QString& key = last().messageKey;
+    if (key == u"id_cmdSalvaMess") {
+        actions->saveForQuestion();
+    } else if (key == u"Modifica immagine") {
+        const QString file =
+            mm::imageFileToEdit(actions->selectedImageSource(), session().pathElaboration);
         if (!file.isEmpty())
-            UrlOpener::open(this, file);
+            dialogs().open(this, file);
     }
 }
 
 void frmMessage::TSK_HyperlinkClicked(const QString& url) {
-    reported("frmMessage.TSK_HyperlinkClicked()", this, [&] { UrlOpener::open(this, url); });
+    reported("frmMessage.TSK_HyperlinkClicked()", this, [&] { dialogs().open(this, url); });
 }
 
 void frmMessage::keyPressEvent(QKeyEvent* event) {
@@ -330,27 +319,11 @@ void frmMessage::closeEvent(QCloseEvent* event) {
 }
 
 QString frmMessage::MessageKey() {
-    return hooks().messageKey;
+    return last().messageKey;
 }
 
 void frmMessage::setMessageKey(const QString& key) {
-    hooks().messageKey = key;
-}
-
-void frmMessage::setSaveAction(std::function<void()> save) {
-    hooks().save = std::move(save);
-}
-
-void frmMessage::setImageSource(std::function<QString()> source) {
-    hooks().imageSource = std::move(source);
-}
-
-void frmMessage::setAnswerProvider(AnswerProvider provider) {
-    hooks().answer = std::move(provider);
-}
-
-const frmMessage::AnswerProvider& frmMessage::answerProvider() {
-    return hooks().answer;
+    last().messageKey = key;
 }
 
 namespace bMessage {
@@ -388,7 +361,7 @@ int ShowMessageYesNo(const QString& key, const QString& title, const QString& in
 }
 
 MessageRequest lastRequest() {
-    return hooks().last;
+    return last().request;
 }
 
 } // namespace bMessage

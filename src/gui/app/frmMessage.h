@@ -16,12 +16,23 @@ namespace quillora::gui {
 
 class frmMessage;
 
+// What "yes" means for the keys of the question boxes, carried out by the main window that
+// owns them.
+class MessageKeyActions {
+public:
+    virtual ~MessageKeyActions() = default;
+    // "id_cmdSalvaMess": save to the message's file, or ask for a name when it has none.
+    virtual void saveForQuestion() = 0;
+    // "Modifica immagine": the src of the image selected in the editing page.
+    virtual QString selectedImageSource() const = 0;
+};
+
 // The button ids the box reports (those of the platform's task dialog).
 inline constexpr int kIdOk = 1;
 inline constexpr int kIdYes = 6;
 inline constexpr int kIdNo = 7;
 
-// Everything a box shows. Scripted runs and tests get it instead of a modal window.
+// Everything a box shows, handed to the session's dialogs to be answered.
 struct MessageRequest {
     QString key;   // MessageKey of a question box; empty for an information box
     QString title; // as the window shows it
@@ -42,8 +53,6 @@ struct MessageRequest {
 class frmMessage : public QDialog {
     Q_OBJECT
 public:
-    using AnswerProvider = std::function<int(const MessageRequest&)>;
-
     explicit frmMessage(QWidget* owner = nullptr);
 
     // The fill steps, in the order the routines use them.
@@ -58,28 +67,18 @@ public:
     void TSK_HyperlinkClicked(const QString& url);
 
     MessageRequest request() const { return m_request; }
+    // A button of the box has been handled.
+    bool answered() const { return m_answered; }
 
     // The key of the last question box.
     static QString MessageKey();
     static void setMessageKey(const QString& key);
-
-    // "id_cmdSalvaMess": the main window's save (it knows whether the message has a file).
-    static void setSaveAction(std::function<void()> save);
-    // "Modifica immagine": the src of the image selected in the editing page.
-    static void setImageSource(std::function<QString()> source);
-    // Puts the language's captions on a box's buttons (set by the main window).
-    static void setLocaliser(std::function<void(QWidget*)> localise);
-
-    // When set, boxes are answered by it and never shown (scripted runs, tests).
-    static void setAnswerProvider(AnswerProvider provider);
-    static const AnswerProvider& answerProvider();
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
 
 private:
-    static std::function<void(QWidget*)>& localiser();
     void runYesAction();
     QLabel* makeArea(const char* name);
     void showArea(QLabel* label, const QString& markup, QString& shown);
@@ -93,6 +92,7 @@ private:
     QHBoxLayout* m_buttonRow = nullptr;
     QList<QPushButton*> m_buttons;
     MessageRequest m_request;
+    bool m_answered = false;
 };
 
 namespace bMessage {

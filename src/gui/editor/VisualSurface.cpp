@@ -1,6 +1,7 @@
 #include "gui/editor/VisualSurface.h"
 
 #include "core/editor/DhtmlCommands.h"
+#include "gui/app/Dialogs.h"
 
 #include <QChildEvent>
 #include <QColor>
@@ -9,7 +10,6 @@
 #include <QEventLoop>
 #include <QFile>
 #include <QGuiApplication>
-#include <QInputDialog>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -567,12 +567,12 @@ void VisualSurface::execCommand(int decmd, const QVariant& argument) {
         QString address = argument.toString();
         if (address.isEmpty()) {
             const bool image = decmd == DECMD_IMAGE;
-            bool ok = false;
-            address = QInputDialog::getText(this, image ? tr("Image") : tr("Hyperlink"),
-                                            image ? tr("Image address:") : tr("Link address:"),
-                                            QLineEdit::Normal, QString(), &ok);
-            if (!ok || address.isEmpty())
+            const std::optional<QString> asked =
+                dialogs().askText(this, image ? tr("Image") : tr("Hyperlink"),
+                                  image ? tr("Image address:") : tr("Link address:"), QString());
+            if (!asked || asked->isEmpty())
                 return;
+            address = *asked;
         }
         callBridge(
             {QStringLiteral("execCommand"), QString::fromLatin1(execCommandName(decmd)), address});
@@ -626,11 +626,11 @@ void VisualSurface::printDocument() {
 void VisualSurface::findText(const QString& text) {
     QString wanted = text;
     if (wanted.isEmpty()) {
-        bool ok = false;
-        wanted = QInputDialog::getText(this, tr("Find"), tr("Find what:"), QLineEdit::Normal,
-                                       m_page->selectedText(), &ok);
-        if (!ok || wanted.isEmpty())
+        const std::optional<QString> asked =
+            dialogs().askText(this, tr("Find"), tr("Find what:"), m_page->selectedText());
+        if (!asked || asked->isEmpty())
             return;
+        wanted = *asked;
     }
     m_page->findText(wanted);
 }

@@ -38,7 +38,7 @@ void phase(const char* line) {
 }
 } // namespace
 
-frmMain::frmMain(QWidget* parent) : QMainWindow(parent) {
+frmMain::frmMain(QWidget* parent) : QMainWindow(parent), m_texts(session().texts) {
     setObjectName(QStringLiteral("frmMain"));
     setWindowIcon(QIcon(QStringLiteral(":/quillora/quillora-48.png")));
     setDockNestingEnabled(true);
@@ -161,12 +161,6 @@ void frmMain::Form_Load(const QString& commandLineFile) {
     // Built-in texts first: a language file that lacks a message leaves it readable.
     m_texts = Texts::builtIn(s.currentLanguage);
     applyLanguage(this, m_texts, s.folders.languageFile(), s.currentLanguage, m_loadProgress);
-
-    QPointer<frmMain> self(this);
-    frmMessage::setLocaliser([self](QWidget* box) {
-        if (self)
-            applyWindowTexts(box, self->m_texts);
-    });
 
     phase("### CaricaNomiCampi ###");
     bImpostazioni::CaricaNomiCampi(s.folders.fieldNameFile(), s.fieldNames);

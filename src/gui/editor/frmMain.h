@@ -2,6 +2,7 @@
 
 #include "core/app/Texts.h"
 #include "core/message/MessageDocument.h"
+#include "gui/app/frmMessage.h"
 #include "gui/editor/CommandBars.h"
 
 #include <QMainWindow>
@@ -22,7 +23,7 @@ class frmColor;
 
 // The editor's main window: the three pages, the command bars, the attachments pane and the
 // message being edited. Its routines are split by concern over frmMain*.cpp files.
-class frmMain : public QMainWindow {
+class frmMain : public QMainWindow, public MessageKeyActions {
     Q_OBJECT
 public:
     explicit frmMain(QWidget* parent = nullptr);
@@ -57,6 +58,10 @@ public:
     bool SalvaMessaggioConNome();
     void Modificato();
     bool DaSalvare() const { return m_doc.DaSalvare(); }
+
+    // What "yes" means in the message boxes this window owns.
+    void saveForQuestion() override;
+    QString selectedImageSource() const override;
     void CambiaTitoloEditor();
 
     // Placement in twips (LeggiIMP / ScriviIMP applied to this window).
@@ -79,9 +84,6 @@ public:
     void setLoadProgress(std::function<void(qint64, qint64)> progress) {
         m_loadProgress = std::move(progress);
     }
-
-    // A file dialog answer for scripted runs and tests: when set, dialogs are not shown.
-    static void setFileChooser(std::function<QString(const QString& title, bool save)> chooser);
 
 signals:
     void documentLoaded(); // a message, new or opened, is in the visual page
@@ -110,7 +112,7 @@ private:
 
     MessageDocument m_doc;
     CommandBars m_bars;
-    Texts m_texts;
+    Texts& m_texts; // the session's
     QTabWidget* Tbs = nullptr;
     VisualSurface* DHTML = nullptr;
     SourceView* CODE = nullptr;

@@ -1,6 +1,7 @@
 // The command dispatcher of the main window and the routines that keep commands in step.
 #include "core/editor/CommandTable.h"
 #include "core/editor/DhtmlCommands.h"
+#include "gui/app/Dialogs.h"
 #include "gui/app/LanguageApplier.h"
 #include "gui/app/Session.h"
 #include "gui/app/WindowHelpers.h"
@@ -151,7 +152,7 @@ void frmMain::Dks_CommandClick(const QString& id) {
     case Action::Help: {
         const QString page = helpPage(session().currentLanguage);
         if (!page.isEmpty())
-            Navigate(this, session().links.siteFor(session().currentLanguage) + page);
+            dialogs().open(this, session().links.siteFor(session().currentLanguage) + page);
         break;
     }
     case Action::ToggleToolbar: {

@@ -1,9 +1,9 @@
 // New, open and save: the message moves between the file, the core document and the pages.
-#include "core/app/FileFilter.h"
 #include "core/app/Folders.h"
 #include "core/app/bError.h"
 #include "core/message/MessageFile.h"
 #include "core/message/References.h"
+#include "gui/app/Dialogs.h"
 #include "gui/app/LanguageApplier.h"
 #include "gui/app/Session.h"
 #include "gui/app/WindowHelpers.h"
@@ -15,7 +15,6 @@
 
 #include <QAction>
 #include <QApplication>
-#include <QFileDialog>
 #include <QLineEdit>
 #include <QTabWidget>
 
@@ -23,28 +22,15 @@ namespace quillora::gui {
 
 namespace {
 
-std::function<QString(const QString&, bool)>& fileChooser() {
-    static std::function<QString(const QString&, bool)> chooser;
-    return chooser;
-}
-
 void log(const char* line) {
     bError::wrtErrFree(QString::fromLatin1(line));
 }
 
 } // namespace
 
-void frmMain::setFileChooser(std::function<QString(const QString&, bool)> chooser) {
-    fileChooser() = std::move(chooser);
-}
-
 QString frmMain::chooseFile(const QString& title, const QString& filter, bool save) {
-    if (fileChooser())
-        return fileChooser()(title, save);
-    const QString qtFilter = FileFilter::qtFilter(filter);
-    if (save)
-        return QFileDialog::getSaveFileName(this, title, QString(), qtFilter);
-    return QFileDialog::getOpenFileName(this, title, QString(), qtFilter);
+    return save ? dialogs().saveFileName(this, title, filter)
+                : dialogs().openFileName(this, title, filter);
 }
 
 QString frmMain::workFolder() {
@@ -191,16 +177,18 @@ bool frmMain::SalvaMessaggioConNome() {
     return SalvaMessaggio(path);
 }
 
+void frmMain::saveForQuestion() {
+    if (m_doc.currentPath.isEmpty())
+        SalvaMessaggioConNome();
+    else
+        RiSalva();
+}
+
+QString frmMain::selectedImageSource() const {
+    return DHTML->state().currentSrc;
+}
+
 bool frmMain::askToSave() {
-    QPointer<frmMain> self(this); // the hook outlives this question
-    frmMessage::setSaveAction([self] {
-        if (!self)
-            return;
-        if (self->m_doc.currentPath.isEmpty())
-            self->SalvaMessaggioConNome();
-        else
-            self->RiSalva();
-    });
     return bMessage::ShowMessageYesNo(
                QStringLiteral("id_cmdSalvaMess"), m_texts.get(QStringLiteral("Attenzione")),
                m_texts.get(QStringLiteral("MessSalva1")), m_texts.get(QStringLiteral("MessSalva2")),

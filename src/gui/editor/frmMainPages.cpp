@@ -149,8 +149,6 @@ void frmMain::VisualizzaTag() {
 }
 
 void frmMain::EditaImmagine() {
-    QPointer<VisualSurface> page(DHTML); // the hook outlives this question
-    frmMessage::setImageSource([page] { return page ? page->state().currentSrc : QString(); });
     bMessage::ShowMessageYesNo(QStringLiteral("Modifica immagine"),
                                m_texts.get(QStringLiteral("dhtmlModImmagineTitle")),
                                m_texts.get(QStringLiteral("dhtmlModImmagineTitle")),

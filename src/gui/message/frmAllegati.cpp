@@ -1,13 +1,12 @@
 #include "gui/message/frmAllegati.h"
 
-#include "core/app/FileFilter.h"
 #include "core/message/AttachmentList.h"
+#include "gui/app/Dialogs.h"
 #include "gui/app/Reported.h"
 
 #include <QAction>
 #include <QDragEnterEvent>
 #include <QDropEvent>
-#include <QFileDialog>
 #include <QFileIconProvider>
 #include <QFileInfo>
 #include <QHeaderView>
@@ -26,11 +25,6 @@ enum Column { kName = 0, kSize = 1, kPath = 2 };
 
 const QString kAdd = QStringLiteral("cmdAllegatiNew");
 const QString kRemove = QStringLiteral("cmdAllegatiDel");
-
-frmAllegati::FileChooser& chooser() {
-    static frmAllegati::FileChooser c;
-    return c;
-}
 
 // A plus or a minus, drawn so that it stays sharp at any scale.
 QIcon glyphIcon(bool plus) {
@@ -168,9 +162,8 @@ void frmAllegati::Dks_CommandClick(const QString& id) {
 
 void frmAllegati::addFromDialog() {
     const QString title = QStringLiteral("Inserisci allegato");
-    const QString filter = FileFilter::qtFilter(u"Tutti i file(*.*)|*.*");
-    const QString file = chooser() ? chooser()(this, title, filter)
-                                   : QFileDialog::getOpenFileName(this, title, QString(), filter);
+    const QString file =
+        dialogs().openFileName(this, title, QStringLiteral("Tutti i file(*.*)|*.*"));
     if (file.isEmpty())
         return;
     InsFile(file);
@@ -211,10 +204,6 @@ void frmAllegati::setHelpText(const QString& text) {
 
 QAction* frmAllegati::command(const QString& id) const {
     return id == kAdd ? m_add : id == kRemove ? m_remove : nullptr;
-}
-
-void frmAllegati::setFileChooser(FileChooser c) {
-    chooser() = std::move(c);
 }
 
 bool frmAllegati::eventFilter(QObject* watched, QEvent* event) {

@@ -16,10 +16,6 @@ namespace quillora::gui {
 class frmAllegati : public QWidget {
     Q_OBJECT
 public:
-    // Asks for one file; an empty result means the user cancelled.
-    using FileChooser =
-        std::function<QString(QWidget* parent, const QString& title, const QString& filter)>;
-
     explicit frmAllegati(QWidget* parent = nullptr);
 
     void Form_Load();
@@ -43,9 +39,6 @@ public:
 
     QTreeWidget* LIST() const { return m_list; }
     QAction* command(const QString& id) const;
-
-    // An empty function restores the file dialog.
-    static void setFileChooser(FileChooser chooser);
 
 signals:
     // Every change the user makes to the list; the main window marks the message modified.
