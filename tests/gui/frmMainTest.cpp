@@ -1,5 +1,6 @@
 #include "gui/editor/frmMain.h"
 #include "core/app/Folders.h"
+#include "core/app/Links.h"
 #include "core/app/Provisioning.h"
 #include "core/app/TextFile.h"
 #include "core/app/bError.h"
@@ -265,6 +266,22 @@ TEST_F(frmMainTest, DoubleClickOnAnImageOffersToEditItsFile) {
     ASSERT_TRUE(waitFor([&] { return w.visualPage()->state().lastTag == "<P>"; }));
     emit w.visualPage()->imageDoubleClicked();
     EXPECT_EQ(questions, 0);
+}
+
+TEST_F(frmMainTest, HelpOpensTheLanguageGuideOrSaysThereIsNone) {
+    frmMain& w = start();
+    session().links = Links::parse({"site.English: https://en.example/"});
+    session().currentLanguage = "English";
+    w.Dks_CommandClick("cmdHelp");
+    EXPECT_EQ(scripted().opened, QStringList{"https://en.example/video-tutorial.asp"});
+    EXPECT_TRUE(scripted().boxes.isEmpty());
+
+    session().currentLanguage = "Italiano"; // no site for it in the links file
+    w.Dks_CommandClick("cmdHelp");
+    EXPECT_EQ(scripted().opened.size(), 1);
+    ASSERT_EQ(scripted().boxes.size(), 1);
+    EXPECT_EQ(scripted().boxes[0].instruction, w.texts().get("GuidaNonDisponibile"));
+    EXPECT_FALSE(w.texts().get("GuidaNonDisponibile").isEmpty());
 }
 
 TEST_F(frmMainTest, PriorityTogglesExcludeEachOther) {

@@ -95,6 +95,8 @@ constexpr Target kRows[] = {
     message("NonDisponibile"),
     message("ErroreApertura"),
     message("ErroreSalvataggio"),
+    message("GuidaNonDisponibile"),
+    message("AccountNonDisponibili"),
 
     window("frmPropBody"),
     control("frmPropBody", "lbl"),

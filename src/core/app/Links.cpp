@@ -52,6 +52,17 @@ QString Links::siteFor(QStringView language) const {
     return {};
 }
 
+QString Links::guidePage(QStringView language) const {
+    // The guide's page name differs by language, not only its site.
+    static constexpr std::array<const char16_t*, 3> kGuidePages = {
+        u"GuideVideo.asp", u"video-tutorial.asp", u"video-guias.asp"};
+    for (size_t i = 0; i < kSiteLanguages.size(); ++i) {
+        if (language == QStringView(kSiteLanguages[i]))
+            return sites[i].isEmpty() ? QString() : sites[i] + QString::fromUtf16(kGuidePages[i]);
+    }
+    return {};
+}
+
 Links Links::parse(const QStringList& lines) {
     Links links;
     for (const QString& line : lines) {

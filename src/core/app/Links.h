@@ -21,6 +21,9 @@ struct Links {
 
     // The site for a language name, compared exactly; empty for any other language.
     QString siteFor(QStringView language) const;
+    // The video guide of a language on that language's site; empty when the language has no
+    // guide page or the file gives no site for it.
+    QString guidePage(QStringView language) const;
 
     // Later lines win; unknown keys, lines without ":", web addresses that are not http(s) and
     // a support address that is not a plain mail address are ignored.

@@ -22,6 +22,7 @@ struct Session {
     Links links;             // web-site and support addresses
     bImpostazioni::WindowPlacement placement;
     bImpostazioni::FieldNames fieldNames;
+    QString accountsError; // why the accounts database could not be opened, if it could not
     Texts texts;           // the interface texts of the current language
     std::shared_ptr<Dialogs> dialogs; // see Dialogs.h; made on first use
 };

@@ -59,6 +59,42 @@ void installSignalHandlers() {
     sigaction(SIGINT, &sa, nullptr);
 }
 
+std::unique_ptr<frmMain> Form_Activate(frmSplash& splash, const Folders& folders,
+                                       const QString& commandLineFile) {
+    FormOnTop(&splash);
+    QApplication::processEvents();
+    Session& s = session();
+    s.folders = folders;
+    Provisioning::ensureDataFolders(folders, ProgramFolders::defaultsFolder(folders),
+                                    QLocale::system().name());
+    s.currentLanguage = bLANG::SetVarCurrLanguage(folders.languageChoiceFile());
+    s.links = Links::read(folders.linksFile());
+    splash.Form_Load(); // the version and the links, now that the program folder is known
+
+    const StoreResult db = AccountStore::open(folders.accountDatabase());
+    bError::InitError(folders);
+    s.accountsError.clear();
+    if (!db.ok()) {
+        // The editor works without accounts: reported once, remembered for the commands
+        // that need them.
+        s.accountsError = db.error;
+        bError::wrtErr(QStringLiteral("Form_Activate"), QStringLiteral("5"), 0, db.error);
+        ShowErrorReport(QStringLiteral("frmSplash.Form_Activate()"), 0, db.error, &splash);
+    }
+    s.windowsUserKind = Provisioning::userKind();
+    bError::wrtErrFree(s.windowsUserKind == 0
+                           ? QStringLiteral("UtenteWindows.......: Administrator")
+                           : QStringLiteral("UtenteWindows.......: NormalUser"));
+    bError::wrtErrFree(QLatin1String(bError::kHyphens));
+    bError::wrtErrFree(QStringLiteral("### LOG FUNZIONI APPLICAZIONE ###"));
+
+    auto window = std::make_unique<frmMain>();
+    window->setLoadProgress(progressOn(splash.PRG()));
+    window->Form_Load(commandLineFile);
+    window->setLoadProgress({});
+    return window;
+}
+
 int Main(QApplication& app, const Folders& folders, const QString& commandLineFile) {
     QApplication::setOverrideCursor(Qt::WaitCursor);
     frmSplash splash;
@@ -69,36 +105,8 @@ int Main(QApplication& app, const Folders& folders, const QString& commandLineFi
     int rc = 0;
     std::unique_ptr<frmMain> window;
     // The sequence runs on the splash window's first activation only.
-    if (splash.firstActivation()) {
-        FormOnTop(&splash);
-        QApplication::processEvents();
-        Session& s = session();
-        s.folders = folders;
-        Provisioning::ensureDataFolders(folders, ProgramFolders::defaultsFolder(folders),
-                                        QLocale::system().name());
-        s.currentLanguage = bLANG::SetVarCurrLanguage(folders.languageChoiceFile());
-        s.links = Links::read(folders.linksFile());
-        splash.Form_Load(); // the version and the links, now that the program folder is known
-
-        const StoreResult db = AccountStore::open(folders.accountDatabase());
-        bError::InitError(folders);
-        if (!db.ok()) {
-            QApplication::restoreOverrideCursor();
-            ShowErrorReport(QStringLiteral("frmSplash.Form_Activate()"), 0, db.error, &splash);
-            return 1;
-        }
-        s.windowsUserKind = Provisioning::userKind();
-        bError::wrtErrFree(s.windowsUserKind == 0
-                               ? QStringLiteral("UtenteWindows.......: Administrator")
-                               : QStringLiteral("UtenteWindows.......: NormalUser"));
-        bError::wrtErrFree(QLatin1String(bError::kHyphens));
-        bError::wrtErrFree(QStringLiteral("### LOG FUNZIONI APPLICAZIONE ###"));
-
-        window = std::make_unique<frmMain>();
-        window->setLoadProgress(progressOn(splash.PRG()));
-        window->Form_Load(commandLineFile);
-        window->setLoadProgress({});
-    }
+    if (splash.firstActivation())
+        window = Form_Activate(splash, folders, commandLineFile);
     // Closing the splash shows the main window.
     splash.close();
     QApplication::restoreOverrideCursor();

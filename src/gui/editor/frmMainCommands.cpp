@@ -22,17 +22,6 @@ namespace quillora::gui {
 
 namespace {
 
-// The video guide, by interface language.
-QString helpPage(const QString& language) {
-    if (language == QLatin1String("Italiano"))
-        return QStringLiteral("GuideVideo.asp");
-    if (language == QLatin1String("English"))
-        return QStringLiteral("video-tutorial.asp");
-    if (language == QString::fromUtf8("Español"))
-        return QStringLiteral("video-guias.asp");
-    return QString();
-}
-
 void runSourceCommand(SourceView* code, int decmd) {
     switch (decmd) {
     case DECMD_UNDO:
@@ -150,9 +139,14 @@ void frmMain::Dks_CommandClick(const QString& id) {
         frmInfoSu::instance()->showAbout();
         break;
     case Action::Help: {
-        const QString page = helpPage(session().currentLanguage);
-        if (!page.isEmpty())
-            dialogs().open(this, session().links.siteFor(session().currentLanguage) + page);
+        const QString page = session().links.guidePage(session().currentLanguage);
+        if (page.isEmpty())
+            bMessage::ShowMessage(
+                QStringLiteral("Quillora"), m_texts.get(QStringLiteral("GuidaNonDisponibile")),
+                session().currentLanguage, QString(), quillora::bMessage::kIconInformation,
+                quillora::bMessage::kIconNone, this);
+        else
+            dialogs().open(this, page);
         break;
     }
     case Action::ToggleToolbar: {
@@ -162,6 +156,16 @@ void frmMain::Dks_CommandClick(const QString& id) {
         break;
     }
     case Action::CheckSpam:
+    case Action::Unsubscribe:
+        if (!session().accountsError.isEmpty()) {
+            bMessage::ShowMessage(
+                m_texts.get(QStringLiteral("Attenzione")),
+                m_texts.get(QStringLiteral("AccountNonDisponibili")), session().accountsError,
+                QString(), quillora::bMessage::kIconWarning, quillora::bMessage::kIconNone, this);
+            break;
+        }
+        showNotAvailable(id);
+        break;
     case Action::OpenWord:
     case Action::OpenMail:
     case Action::ImportFromImage:
@@ -171,7 +175,6 @@ void frmMain::Dks_CommandClick(const QString& id) {
     case Action::ImportText:
     case Action::ImportHtml:
     case Action::Social:
-    case Action::Unsubscribe:
         showNotAvailable(id);
         if (QAction* a = m_bars.action(id); a && a->isCheckable())
             a->setChecked(false);

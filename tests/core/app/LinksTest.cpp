@@ -29,6 +29,29 @@ TEST(Links, LanguageMustMatchExactly) {
     EXPECT_EQ(links.siteFor(u""), "");
 }
 
+struct GuideCase {
+    const char* language;
+    const char* expected;
+};
+
+class GuidePage : public testing::TestWithParam<GuideCase> {};
+
+// The guide's page name is the language's own; without a site for the language there is no
+// address at all (never a bare page name such as "video-tutorial.asp").
+TEST_P(GuidePage, IsTheLanguagePageOnItsOwnSite) {
+    const Links links = Links::parse({"site.Italiano: https://it.example/",
+                                      "site.English: https://en.example/", "site.Deutsch: x"});
+    EXPECT_EQ(links.guidePage(QString::fromUtf8(GetParam().language)),
+              QString::fromUtf8(GetParam().expected));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Languages, GuidePage,
+    testing::Values(GuideCase{"Italiano", "https://it.example/GuideVideo.asp"},
+                    GuideCase{"English", "https://en.example/video-tutorial.asp"},
+                    GuideCase{"Espa\xC3\xB1ol", ""}, // the file gives it no site
+                    GuideCase{"Deutsch", ""}, GuideCase{"english", ""}, GuideCase{"", ""}));
+
 TEST(Links, ToleratesGarbageAndRefusesUnsafeValues) {
     const Links links = Links::parse({
         "",
