@@ -8,14 +8,16 @@ cd "$(dirname "$0")"
 
 ./scripts/deps.sh --test
 
-cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=Release >/dev/null
+cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=Release -DQUILLORA_TESTS=ON -DQUILLORA_BENCH=ON \
+  >/dev/null
 cmake --build build -j2
 
 CXX_ASAN=g++
 FUZZ=OFF
 if command -v clang++ >/dev/null; then CXX_ASAN=clang++; FUZZ=ON; fi
 cmake -S . -B build-asan -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_COMPILER="$CXX_ASAN" \
-  -DQUILLORA_SANITIZE=ON -DQUILLORA_GUI=OFF -DQUILLORA_BENCH=OFF -DQUILLORA_FUZZ="$FUZZ" >/dev/null
+  -DQUILLORA_SANITIZE=ON -DQUILLORA_GUI=OFF -DQUILLORA_TESTS=ON -DQUILLORA_BENCH=OFF \
+  -DQUILLORA_FUZZ="$FUZZ" >/dev/null
 cmake --build build-asan -j2
 
 status=0
