@@ -1,7 +1,5 @@
 #include "cli/Commands.h"
 
-#include "cli/Environment.h"
-
 #include <QTextStream>
 #include <cstdio>
 
@@ -22,10 +20,43 @@ commands:
   accounts add --name NAME --address ADDRESS [--server HOST] [--port N]
                [--auth none|plain|login] [--security none|starttls|ssl] [--inactive]
   accounts remove ID                     remove the account with that identifier
-  help                                   show this text
+  help [COMMAND]                         show this text, or the help of one command
 
+"quillora-cli COMMAND --help" shows the options of one command. Options may come before or
+after the other arguments; an argument that starts with "-" goes after "--".
 The accounts database lives in the shared data folder (see README.md).
 )";
+
+struct Command {
+    const char* name;
+    int (*run)(const QStringList& args);
+};
+
+constexpr Command kCommands[] = {
+    {"info", info},
+    {"extract", extract},
+    {"pack", pack},
+    {"accounts", accounts},
+};
+
+// An option name as it would be typed.
+QString dashed(const QString& name) {
+    return (name.size() == 1 ? QStringLiteral("-") : QStringLiteral("--")) + name;
+}
+
+QString helpText(const QCommandLineParser& parser, const Syntax& syntax) {
+    // Qt's first line names the program by the path it was started with and leaves out the
+    // command: replace it with the usage line of the command.
+    const QString text = parser.helpText();
+    const QString usage =
+        QStringLiteral("usage: quillora-cli %1 %2").arg(syntax.command, syntax.synopsis);
+    return usage.trimmed() + u'\n' + text.mid(text.indexOf(u'\n'));
+}
+
+int topLevelError(const QString& problem) {
+    printError(problem + QStringLiteral("; see quillora-cli --help"));
+    return kUsage;
+}
 
 } // namespace
 
@@ -39,32 +70,76 @@ void printOut(const QString& text) {
     out.flush();
 }
 
-int usage(const QString& problem) {
-    if (!problem.isEmpty())
-        printError(problem);
-    QTextStream(stderr) << kUsageText;
+int usageError(const Syntax& syntax, const QString& problem) {
+    printError(QStringLiteral("%1: %2; see quillora-cli %1 --help").arg(syntax.command, problem));
     return kUsage;
 }
 
+std::optional<int> parseCommand(QCommandLineParser& parser, const Syntax& syntax,
+                                const QStringList& args) {
+    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
+                                  QStringLiteral("Show this help."));
+    parser.setApplicationDescription(syntax.description);
+    parser.addOption(help);
+    parser.addOptions(syntax.options);
+    for (const Positional& p : syntax.positionals)
+        parser.addPositionalArgument(p.name, p.description);
+    if (syntax.subcommand)
+        parser.setOptionsAfterPositionalArgumentsMode(
+            QCommandLineParser::ParseAsPositionalArguments);
+
+    // The parser skips the first entry, the program's name.
+    if (!parser.parse(QStringList{QStringLiteral("quillora-cli")} + args)) {
+        const QStringList unknown = parser.unknownOptionNames();
+        if (!unknown.isEmpty()) {
+            QString problem = QStringLiteral("unknown option \"%1\"").arg(dashed(unknown.first()));
+            // "-3" reads as option 3: say how to pass a negative number.
+            if (unknown.first().front().isDigit())
+                problem += QStringLiteral(" (write -- before an argument that starts with -)");
+            return usageError(syntax, problem);
+        }
+        QString problem = parser.errorText();
+        if (problem.endsWith(u'.'))
+            problem.chop(1);
+        return usageError(syntax, problem);
+    }
+    if (parser.isSet(help)) {
+        printOut(helpText(parser, syntax));
+        return kOk;
+    }
+    const QStringList given = parser.positionalArguments();
+    const qsizetype wanted = syntax.positionals.size();
+    if (given.size() < wanted)
+        return usageError(
+            syntax, QStringLiteral("%1 is missing").arg(syntax.positionals[given.size()].name));
+    if (given.size() > wanted && !syntax.subcommand)
+        return usageError(syntax, QStringLiteral("unexpected argument \"%1\"").arg(given[wanted]));
+    return std::nullopt;
+}
+
 int run(const QStringList& args) {
-    if (args.isEmpty())
-        return usage(QStringLiteral("no command given"));
+    if (args.isEmpty()) {
+        printError(QStringLiteral("no command given"));
+        QTextStream(stderr) << kUsageText;
+        return kUsage;
+    }
     const QString command = args.first();
     const QStringList rest = args.mid(1);
+    // "help pack" is "pack --help".
+    if (command == QLatin1String("help") && !rest.isEmpty())
+        return run(rest + QStringList{QStringLiteral("--help")});
     if (command == QLatin1String("help") || command == QLatin1String("--help") ||
         command == QLatin1String("-h")) {
         printOut(QString::fromLatin1(kUsageText));
         return kOk;
     }
-    if (command == QLatin1String("accounts"))
-        return accounts(rest);
-    if (command == QLatin1String("info"))
-        return info(rest);
-    if (command == QLatin1String("extract"))
-        return extract(rest);
-    if (command == QLatin1String("pack"))
-        return pack(rest);
-    return usage(QStringLiteral("unknown command \"%1\"").arg(command));
+    for (const Command& c : kCommands) {
+        if (command == QLatin1String(c.name))
+            return c.run(rest);
+    }
+    if (command.startsWith(u'-'))
+        return topLevelError(QStringLiteral("unknown option \"%1\"").arg(command));
+    return topLevelError(QStringLiteral("unknown command \"%1\"").arg(command));
 }
 
 } // namespace quillora::cli

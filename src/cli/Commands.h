@@ -1,6 +1,11 @@
 #pragma once
 
+#include <QCommandLineOption>
+#include <QCommandLineParser>
+#include <QList>
 #include <QStringList>
+
+#include <optional>
 
 namespace quillora::cli {
 
@@ -17,9 +22,33 @@ int info(const QStringList& args);
 int extract(const QStringList& args);
 int pack(const QStringList& args);
 
+// A positional argument; every one a command declares is required.
+struct Positional {
+    QString name;
+    QString description;
+};
+
+// What one command accepts: its parser and its --help are made from this.
+struct Syntax {
+    QString command;  // as typed after quillora-cli: "pack", "accounts add"
+    QString synopsis; // what follows the command in the usage line
+    QString description;
+    QList<QCommandLineOption> options;
+    QList<Positional> positionals;
+    // The first positional names a subcommand: everything after it is left to the subcommand.
+    bool subcommand = false;
+};
+
+// Parses the arguments of a command. Returns an exit code when the command ends here: its help
+// was asked for, or the arguments are wrong (an unknown option, a missing value, too few or too
+// many positional arguments). Returns nothing when the command should run.
+std::optional<int> parseCommand(QCommandLineParser& parser, const Syntax& syntax,
+                                const QStringList& args);
+
 // Helpers for the commands.
 void printError(const QString& message);
 void printOut(const QString& text);
-int usage(const QString& problem = QString());
+// Wrong usage of a command: one line on stderr, and kUsage.
+int usageError(const Syntax& syntax, const QString& problem);
 
 } // namespace quillora::cli

@@ -38,20 +38,19 @@ QString folderOf(const QString& file) {
 } // namespace
 
 int info(const QStringList& args) {
-    bool json = false;
-    QString file;
-    for (const QString& a : args) {
-        if (a == QLatin1String("--json"))
-            json = true;
-        else if (a.startsWith(QLatin1String("--")))
-            return usage(QStringLiteral("unknown option \"%1\"").arg(a));
-        else if (file.isEmpty())
-            file = a;
-        else
-            return usage(QStringLiteral("info takes one message file"));
-    }
-    if (file.isEmpty())
-        return usage(QStringLiteral("info needs a message file"));
+    const QCommandLineOption jsonOption(QStringLiteral("json"),
+                                        QStringLiteral("Print one JSON object instead of text."));
+    const Syntax syntax{QStringLiteral("info"),
+                        QStringLiteral("[--json] FILE"),
+                        QStringLiteral("Show what a message file holds: subject, priority, "
+                                       "attachments,\nembedded files."),
+                        {jsonOption},
+                        {{QStringLiteral("FILE"), QStringLiteral("The message file.")}}};
+    QCommandLineParser parser;
+    if (const std::optional<int> rc = parseCommand(parser, syntax, args))
+        return *rc;
+    const bool json = parser.isSet(jsonOption);
+    const QString file = parser.positionalArguments().at(0);
     const MessageFile::ReadResult r = MessageFile::read(file);
     if (!r.ok()) {
         printError(r.error);
@@ -93,10 +92,19 @@ int info(const QStringList& args) {
 }
 
 int extract(const QStringList& args) {
-    if (args.size() != 2)
-        return usage(QStringLiteral("extract needs a message file and a folder"));
-    const QString file = args[0];
-    const QString dir = QDir(args[1]).absolutePath() + u'/';
+    const Syntax syntax{
+        QStringLiteral("extract"),
+        QStringLiteral("FILE DIR"),
+        QStringLiteral("Restore the files embedded in a message file into DIR, and write "
+                       "the message\nto DIR/body.html with its references pointing at them."),
+        {},
+        {{QStringLiteral("FILE"), QStringLiteral("The message file.")},
+         {QStringLiteral("DIR"), QStringLiteral("The folder to write into; made if missing.")}}};
+    QCommandLineParser parser;
+    if (const std::optional<int> rc = parseCommand(parser, syntax, args))
+        return *rc;
+    const QString file = parser.positionalArguments().at(0);
+    const QString dir = QDir(parser.positionalArguments().at(1)).absolutePath() + u'/';
     if (!QDir().mkpath(dir)) {
         printError(QStringLiteral("cannot create the folder %1").arg(dir));
         return kBadInput;
@@ -120,46 +128,50 @@ int extract(const QStringList& args) {
 }
 
 int pack(const QStringList& args) {
-    QString html, output, subject;
+    const QCommandLineOption outputOption({QStringLiteral("o"), QStringLiteral("output")},
+                                          QStringLiteral("The message file to write (required)."),
+                                          QStringLiteral("OUT"));
+    const QCommandLineOption subjectOption(QStringLiteral("subject"),
+                                           QStringLiteral("The subject of the message."),
+                                           QStringLiteral("S"));
+    const QCommandLineOption priorityOption(QStringLiteral("priority"),
+                                            QStringLiteral("NR (normal, the default), HI or LW."),
+                                            QStringLiteral("NR|HI|LW"));
+    const QCommandLineOption attachOption(
+        QStringLiteral("attach"),
+        QStringLiteral("Attach a file; repeat it for more, they are kept in this order."),
+        QStringLiteral("FILE"));
+    const Syntax syntax{
+        QStringLiteral("pack"),
+        QStringLiteral("HTML -o OUT [options]"),
+        QStringLiteral("Make a message file from an HTML page and every local file it refers "
+                       "to.\nReferences to the web, data:, cid: and mailto: are left as they are."),
+        {outputOption, subjectOption, priorityOption, attachOption},
+        {{QStringLiteral("HTML"), QStringLiteral("The page; relative references are resolved "
+                                                 "against its folder.")}}};
+    QCommandLineParser parser;
+    if (const std::optional<int> rc = parseCommand(parser, syntax, args))
+        return *rc;
+    const QString html = parser.positionalArguments().at(0);
+    const QString output = parser.value(outputOption);
+    if (output.isEmpty())
+        return usageError(syntax, QStringLiteral("-o OUT is missing"));
     MessageDocument doc;
-    for (qsizetype i = 0; i < args.size(); ++i) {
-        const QString& a = args[i];
-        const bool hasValue = i + 1 < args.size();
-        if (a == QLatin1String("-o") || a == QLatin1String("--output")) {
-            if (!hasValue)
-                return usage(QStringLiteral("%1 needs a file name").arg(a));
-            output = args[++i];
-        } else if (a == QLatin1String("--subject")) {
-            if (!hasValue)
-                return usage(QStringLiteral("--subject needs a text"));
-            doc.subject = args[++i];
-        } else if (a == QLatin1String("--priority")) {
-            if (!hasValue)
-                return usage(QStringLiteral("--priority needs NR, HI or LW"));
-            const QString p = args[++i];
-            if (p != QLatin1String("NR") && p != QLatin1String("HI") && p != QLatin1String("LW"))
-                return usage(
-                    QStringLiteral("the priority must be NR, HI or LW, not \"%1\"").arg(p));
-            doc.setPriorityCode(p);
-        } else if (a == QLatin1String("--attach")) {
-            if (!hasValue)
-                return usage(QStringLiteral("--attach needs a file"));
-            const QString f = args[++i];
-            if (!QFileInfo(f).isFile()) {
-                printError(QStringLiteral("the attachment %1 does not exist").arg(f));
-                return kBadInput;
-            }
-            doc.attachments << QFileInfo(f).absoluteFilePath();
-        } else if (a.startsWith(u'-')) {
-            return usage(QStringLiteral("unknown option \"%1\"").arg(a));
-        } else if (html.isEmpty()) {
-            html = a;
-        } else {
-            return usage(QStringLiteral("pack takes one HTML page"));
-        }
+    doc.subject = parser.value(subjectOption);
+    if (parser.isSet(priorityOption)) {
+        const QString p = parser.value(priorityOption);
+        if (p != QLatin1String("NR") && p != QLatin1String("HI") && p != QLatin1String("LW"))
+            return usageError(
+                syntax, QStringLiteral("the priority must be NR, HI or LW, not \"%1\"").arg(p));
+        doc.setPriorityCode(p);
     }
-    if (html.isEmpty() || output.isEmpty())
-        return usage(QStringLiteral("pack needs an HTML page and -o OUT"));
+    for (const QString& f : parser.values(attachOption)) {
+        if (!QFileInfo(f).isFile()) {
+            printError(QStringLiteral("the attachment %1 does not exist").arg(f));
+            return kBadInput;
+        }
+        doc.attachments << QFileInfo(f).absoluteFilePath();
+    }
     const TextFile::Decoded page = TextFile::read(html);
     if (!page.ok()) {
         printError(QStringLiteral("%1: %2").arg(html, TextFile::describe(page.error)));
