@@ -74,7 +74,7 @@ int addAccount(const QStringList& args) {
     const QCommandLineOption serverOption(
         QStringLiteral("server"), QStringLiteral("The SMTP server."), QStringLiteral("HOST"));
     const QCommandLineOption portOption(QStringLiteral("port"),
-                                        QStringLiteral("The SMTP port (default 587)."),
+                                        QStringLiteral("The SMTP port, 1 to 65535 (default 587)."),
                                         QStringLiteral("N"));
     const QCommandLineOption authOption(QStringLiteral("auth"),
                                         QStringLiteral("The authentication (default login)."),
@@ -103,8 +103,10 @@ int addAccount(const QStringList& args) {
         const QString value = parser.value(portOption);
         bool ok = false;
         a.port = value.toInt(&ok);
-        if (!ok)
-            return usageError(syntax, QStringLiteral("the port \"%1\" is not a number").arg(value));
+        if (!ok || a.port < 1 || a.port > 65535)
+            return usageError(
+                syntax,
+                QStringLiteral("the port must be a number from 1 to 65535, not \"%1\"").arg(value));
     }
     a.authentication =
         parser.isSet(authOption) ? parser.value(authOption) : QStringLiteral("login");

@@ -117,6 +117,12 @@ class WrongUsage(CliCase):
             (["pack", PAGE, "-o", out, "--priority", "-1"], '"-1"'),
             (["accounts", "add", "--name", "A", "--address", "a@example.com", "--port", "25x"],
              '"25x"'),
+            (["accounts", "add", "--name", "A", "--address", "a@example.com", "--port", "-1"],
+             '"-1"'),
+            (["accounts", "add", "--name", "A", "--address", "a@example.com", "--port", "0"],
+             '"0"'),
+            (["accounts", "add", "--name", "A", "--address", "a@example.com", "--port", "65536"],
+             '"65536"'),
             (["accounts", "remove", "abc"], '"abc"'),
         ]
         for args, named in cases:
