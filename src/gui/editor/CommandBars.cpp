@@ -11,6 +11,7 @@
 #include <QMenuBar>
 #include <QToolBar>
 #include <QToolButton>
+#include <stdexcept>
 
 namespace quillora::gui {
 
@@ -317,6 +318,41 @@ void CommandBars::build(QMainWindow* window, std::function<void(const QString&)>
 QAction* CommandBars::action(const QString& id) const {
     return m_actions.value(id);
 }
+namespace {
+template <class T> QList<T*> alive(const QHash<QString, QPointer<T>>& items) {
+    QList<T*> out;
+    for (const QPointer<T>& p : items) {
+        if (p)
+            out << p.data();
+    }
+    return out;
+}
+} // namespace
+
+QList<QToolBar*> CommandBars::toolbars() const {
+    return alive(m_toolbars);
+}
+
+QList<QMenu*> CommandBars::menus() const {
+    return alive(m_menus);
+}
+
+QList<QAction*> CommandBars::actions() const {
+    return alive(m_actions);
+}
+
+QAction* CommandBars::require(const QString& id) const {
+    if (QAction* a = m_actions.value(id))
+        return a;
+    throw std::runtime_error("The command \"" + id.toStdString() + "\" does not exist");
+}
+
+QToolBar* CommandBars::requireToolbar(const QString& id) const {
+    if (QToolBar* t = m_toolbars.value(id))
+        return t;
+    throw std::runtime_error("The toolbar \"" + id.toStdString() + "\" does not exist");
+}
+
 QToolBar* CommandBars::toolbar(const QString& id) const {
     return m_toolbars.value(id);
 }

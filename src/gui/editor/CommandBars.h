@@ -1,15 +1,16 @@
 #pragma once
 
+#include <QAction>
 #include <QHash>
+#include <QMenu>
+#include <QToolBar>
+#include <QPointer>
 #include <QString>
 #include <functional>
 
-class QAction;
 class QComboBox;
 class QLineEdit;
 class QMainWindow;
-class QMenu;
-class QToolBar;
 
 namespace quillora::gui {
 
@@ -21,11 +22,15 @@ public:
     void build(QMainWindow* window, std::function<void(const QString&)> dispatch);
 
     QAction* action(const QString& id) const; // nullptr for an unknown identifier
+    // The same, for routines that cannot go on without it: a missing one is a failure of the
+    // routine (std::runtime_error), reported by its error report.
+    QAction* require(const QString& id) const;
+    QToolBar* requireToolbar(const QString& id) const;
     QToolBar* toolbar(const QString& id) const;
     QMenu* menu(const QString& id) const;
-    QList<QToolBar*> toolbars() const { return m_toolbars.values(); }
-    QList<QMenu*> menus() const { return m_menus.values(); }
-    QList<QAction*> actions() const { return m_actions.values(); }
+    QList<QToolBar*> toolbars() const;
+    QList<QMenu*> menus() const;
+    QList<QAction*> actions() const;
 
     QComboBox* fontName = nullptr; // "cmbFontName"
     QComboBox* fontSize = nullptr; // "cmbFontSize"
@@ -37,9 +42,10 @@ private:
                  const QStringList& commands);
 
     std::function<void(const QString&)> m_dispatch;
-    QHash<QString, QAction*> m_actions;
-    QHash<QString, QToolBar*> m_toolbars;
-    QHash<QString, QMenu*> m_menus;
+    // Guarded: a bar or command deleted elsewhere is missing, never dangling.
+    QHash<QString, QPointer<QAction>> m_actions;
+    QHash<QString, QPointer<QToolBar>> m_toolbars;
+    QHash<QString, QPointer<QMenu>> m_menus;
 };
 
 } // namespace quillora::gui

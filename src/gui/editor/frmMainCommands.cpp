@@ -3,6 +3,7 @@
 #include "core/editor/DhtmlCommands.h"
 #include "gui/app/Dialogs.h"
 #include "gui/app/LanguageApplier.h"
+#include "gui/app/Reported.h"
 #include "gui/app/Session.h"
 #include "gui/app/WindowHelpers.h"
 #include "gui/app/frmInfoSu.h"
@@ -53,6 +54,10 @@ void runSourceCommand(SourceView* code, int decmd) {
 } // namespace
 
 void frmMain::Dks_CommandClick(const QString& id) {
+    reported(QStringLiteral("frmMain.Dks_CommandClick()"), this, [&] { runCommand(id); });
+}
+
+void frmMain::runCommand(const QString& id) {
     using editor::Action;
     const std::optional<editor::Command> found = editor::find(id);
     if (!found)
@@ -113,21 +118,21 @@ void frmMain::Dks_CommandClick(const QString& id) {
         DHTML->execCommand(c.decmd, m_bars.fontSize->currentText());
         break;
     case Action::ShowDetails:
-        DHTML->setShowDetails(m_bars.action(id)->isChecked());
+        DHTML->setShowDetails(m_bars.require(id)->isChecked());
         break;
     case Action::ShowBorders:
-        DHTML->setShowBorders(m_bars.action(id)->isChecked());
+        DHTML->setShowBorders(m_bars.require(id)->isChecked());
         break;
     case Action::PriorityLow:
     case Action::PriorityHigh: {
-        QAction* self = m_bars.action(id);
+        QAction* self = m_bars.require(id);
         QAction* other =
-            m_bars.action(c.action == Action::PriorityLow ? QStringLiteral("cmdPriAlta")
-                                                          : QStringLiteral("cmdPriBassa"));
+            m_bars.require(c.action == Action::PriorityLow ? QStringLiteral("cmdPriAlta")
+                                                           : QStringLiteral("cmdPriBassa"));
         if (self->isChecked())
             other->setChecked(false);
-        m_doc.priorityHigh = m_bars.action(QStringLiteral("cmdPriAlta"))->isChecked();
-        m_doc.priorityLow = m_bars.action(QStringLiteral("cmdPriBassa"))->isChecked();
+        m_doc.priorityHigh = m_bars.require(QStringLiteral("cmdPriAlta"))->isChecked();
+        m_doc.priorityLow = m_bars.require(QStringLiteral("cmdPriBassa"))->isChecked();
         Modificato();
         break;
     }
@@ -150,7 +155,7 @@ void frmMain::Dks_CommandClick(const QString& id) {
         break;
     }
     case Action::ToggleToolbar: {
-        QToolBar* bar = m_bars.toolbar(QString::fromLatin1(c.toolbar));
+        QToolBar* bar = m_bars.requireToolbar(QString::fromLatin1(c.toolbar));
         bar->setVisible(!bar->isVisible());
         CheckToolbarStatus();
         break;
@@ -199,6 +204,10 @@ void frmMain::InsertHtmlCode(const QString& html) {
 }
 
 void frmMain::CheckButtonMail() {
+    reported(QStringLiteral("frmMain.CheckButtonMail()"), this, [&] { updateCheckButtonMail(); });
+}
+
+void frmMain::updateCheckButtonMail() {
     const SurfaceState& s = DHTML->state();
     const auto set = [this](const char* id, bool checked) {
         if (QAction* a = m_bars.action(QString::fromLatin1(id)))
@@ -238,6 +247,10 @@ void frmMain::CheckButtonMail() {
 }
 
 void frmMain::CheckButtonCODE() {
+    reported(QStringLiteral("frmMain.CheckButtonCODE()"), this, [&] { updateCheckButtonCODE(); });
+}
+
+void frmMain::updateCheckButtonCODE() {
     const auto enable = [this](const char* id, bool on) {
         if (QAction* a = m_bars.action(QString::fromLatin1(id)))
             a->setEnabled(on);
@@ -251,6 +264,11 @@ void frmMain::CheckButtonCODE() {
 }
 
 void frmMain::CheckToolbarStatus() {
+    reported(QStringLiteral("frmMain.CheckToolbarStatus()"), this,
+             [&] { updateCheckToolbarStatus(); });
+}
+
+void frmMain::updateCheckToolbarStatus() {
     for (const auto& t : editor::toolbarToggles()) {
         QToolBar* bar = m_bars.toolbar(QString::fromLatin1(t.toolbar));
         QAction* toggle = m_bars.action(QString::fromLatin1(t.command));
@@ -260,6 +278,11 @@ void frmMain::CheckToolbarStatus() {
 }
 
 void frmMain::CheckToolBar(bool formattingAllowed) {
+    reported(QStringLiteral("frmMain.CheckToolBar()"), this,
+             [&] { updateCheckToolBar(formattingAllowed); });
+}
+
+void frmMain::updateCheckToolBar(bool formattingAllowed) {
     for (const char* id : {"TbTesto", "TbInserisci"}) {
         if (QToolBar* bar = m_bars.toolbar(QString::fromLatin1(id)))
             bar->setEnabled(formattingAllowed);
