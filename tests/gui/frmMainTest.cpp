@@ -354,6 +354,70 @@ TEST_F(frmMainTest, SaveAndReopenKeepBodyImageAndAttachments) {
     QLocale::setDefault(QLocale::system());
 }
 
+// A working folder the visual page cannot write to (a full disk, a read-only folder): the body
+// goes to the source page, the failure is reported, and nothing typed afterwards is lost.
+TEST_F(frmMainTest, ABodyThePageCannotTakeIsNeverLost) {
+    frmMain& w = start();
+    const QString pageFile = w.visualPage()->documentUrl().toLocalFile();
+    const QString folder = QFileInfo(pageFile).absolutePath();
+    ASSERT_TRUE(QFileInfo(pageFile).isFile());
+    // Read-only stops a normal user; root writes anyway, so the page's file also becomes a
+    // folder, which nobody can write as a file.
+    ASSERT_TRUE(QFile::remove(pageFile));
+    ASSERT_TRUE(QDir().mkdir(pageFile));
+    ASSERT_TRUE(QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner));
+    struct Restore {
+        QString folder;
+        ~Restore() {
+            QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        }
+    } restore{folder};
+
+    QSignalSpy loaded(&w, &frmMain::documentLoaded);
+    w.Dks_CommandClick("cmdNewMess");
+    ASSERT_TRUE(loaded.count() > 0 || loaded.wait(20000));
+    ASSERT_EQ(scripted().errorReports.size(), 1);
+    EXPECT_TRUE(scripted().errorReports[0].text.contains("Routine: frmMain.NuovoMessaggio()"));
+    EXPECT_TRUE(w.DaSalvare()) << "a body the page did not take counts as changed";
+    EXPECT_EQ(w.tabs()->currentIndex(), int(frmMain::PageSource));
+
+    // Typed on the source page, where the body now is; the visual page still refuses it.
+    w.sourcePage()->setFocus();
+    w.sourcePage()->SendScintilla(QsciScintilla::SCI_DOCUMENTEND);
+    QTest::keyClicks(w.sourcePage()->viewport(), "lost-and-found");
+    EXPECT_TRUE(w.sourcePage()->text().contains("lost-and-found"));
+    w.tabs()->setCurrentIndex(frmMain::PageVisual);
+    EXPECT_EQ(w.tabs()->currentIndex(), int(frmMain::PageSource));
+    ASSERT_EQ(scripted().errorReports.size(), 2);
+    EXPECT_TRUE(scripted().errorReports[1].text.contains("Routine: frmMain.Tbs_SelectedChanged()"));
+
+    answer = kIdYes;
+    chosenFile = dir.filePath("kept.mssx");
+    w.close();
+    EXPECT_EQ(questions, 1);
+    EXPECT_EQ(lastRequest.key, "id_cmdSalvaMess");
+    const auto saved = MessageFile::read(chosenFile);
+    ASSERT_TRUE(saved.ok()) << saved.error.toStdString();
+    EXPECT_TRUE(saved.content.body.contains("lost-and-found"));
+}
+
+// A command that fails is reported under the dispatcher's name and the next one runs.
+TEST_F(frmMainTest, AFailingCommandIsReportedAndTheNextOneRuns) {
+    frmMain& w = start();
+    delete w.bars().action("cmdPriBassa");
+    w.Dks_CommandClick("cmdPriAlta");
+    ASSERT_EQ(scripted().errorReports.size(), 1);
+    const ScriptedDialogs::ErrorReport& r = scripted().errorReports[0];
+    EXPECT_EQ(r.title, "Attention, application error");
+    EXPECT_TRUE(r.text.startsWith("App: Quillora\r\n\r\nRoutine: frmMain.Dks_CommandClick()"))
+        << r.text.toStdString();
+    EXPECT_TRUE(r.text.contains("cmdPriBassa"));
+    w.CheckToolbarStatus(); // tolerates the missing command
+    w.Dks_CommandClick("cmdStatusTbMain");
+    EXPECT_TRUE(w.bars().toolbar("TbMain")->isHidden());
+    EXPECT_EQ(scripted().errorReports.size(), 1);
+}
+
 TEST_F(frmMainTest, ClosingAsksOnlyWithChangesAndRemovesTheWorkingFolder) {
     MessageDocument d;
     d.body = "<html><body><p>x</p></body></html>";

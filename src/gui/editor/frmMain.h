@@ -103,7 +103,16 @@ private:
     void CaricaSize();
     void ColoraEditCode();
     void showNotAvailable(const QString& id);
-    void showBody(const QString& html, bool markModifiedWhenChanged);
+    // The bodies of the routines above, which report a failure under their own name.
+    void runCommand(const QString& id);
+    void updateCheckButtonMail();
+    void updateCheckButtonCODE();
+    void updateCheckToolbarStatus();
+    void updateCheckToolBar(bool formattingAllowed);
+    void showBody(const QString& html, bool markModifiedWhenChanged, const QString& routine);
+    // When the visual page cannot take a body: the source page holds it and is shown.
+    void showSourceInstead();
+    QString pageFileError(const QString& folder) const;
     QString workFolder();
     QString chooseFile(const QString& title, const QString& filter, bool save);
     bool askToSave();

@@ -15,6 +15,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QDir>
 #include <QLineEdit>
 #include <QTabWidget>
 
@@ -39,11 +40,11 @@ QString frmMain::workFolder() {
     return m_scratch.path() + u'/';
 }
 
-void frmMain::showBody(const QString& html, bool markModifiedWhenChanged) {
+void frmMain::showBody(const QString& html, bool markModifiedWhenChanged, const QString& routine) {
     m_doc.loading = true;
     const QString folder = workFolder();
     QPointer<frmMain> self(this);
-    connect(
+    const QMetaObject::Connection completed = connect(
         DHTML, &VisualSurface::documentComplete, this,
         [self, markModifiedWhenChanged] {
             if (!self)
@@ -56,16 +57,32 @@ void frmMain::showBody(const QString& html, bool markModifiedWhenChanged) {
             emit self->documentLoaded();
         },
         Qt::SingleShotConnection);
-    DHTML->setDocumentHTML(html, folder);
     CODE->setSourceText(html);
+    if (!DHTML->setDocumentHTML(html, folder)) {
+        // The page keeps its old document, so the body is edited on the source page instead;
+        // it counts as changed, or closing would drop it without a word.
+        disconnect(completed);
+        m_doc.loading = false;
+        Modificato();
+        showSourceInstead();
+        reportError(routine, pageFileError(folder));
+        emit documentLoaded();
+        return;
+    }
     WEB->setDocumentHTML(References::redirectForPreview(html, m_doc.restoreFolder), folder);
+}
+
+QString frmMain::pageFileError(const QString& folder) const {
+    return QStringLiteral("The visual page cannot write its file in the working folder %1; "
+                          "the message is shown on the source page.")
+        .arg(QDir::toNativeSeparators(folder));
 }
 
 void frmMain::NuovoMessaggio() {
     m_doc.NuovoMessaggio();
     session().pathElaboration.clear();
     log(" - Assegno il corpo");
-    showBody(m_doc.body, false);
+    showBody(m_doc.body, false, QStringLiteral("NuovoMessaggio"));
     log(" - Rinfresco");
     log(" - Form");
     m_bars.subject->clear();
@@ -121,7 +138,7 @@ bool frmMain::ApriMessaggio(QString path) {
     const References::LoadResult load =
         References::redirectForLoad(m_doc.body, session().baseFolder, m_doc.restoreFolder);
     CambiaTitoloEditor();
-    showBody(load.html, load.changed);
+    showBody(load.html, load.changed, QStringLiteral("ApriMessaggio"));
     if (!r.warnings.isEmpty())
         bMessage::ShowMessage(m_texts.get(QStringLiteral("Attenzione")), m_doc.openedFileName,
                               r.warnings.join(QStringLiteral("\r\n")), QString(),

@@ -15,6 +15,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QSignalBlocker>
 #include <QTabWidget>
 #include <QToolBar>
 
@@ -124,7 +125,13 @@ void frmMain::Tbs_SelectedChanged(int page) {
         }
     } else if (previous == PageSource && (page == PageVisual || page == PagePreview)) {
         const QString text = CODE->text();
-        DHTML->setDocumentHTML(text, folder);
+        if (!DHTML->setDocumentHTML(text, folder)) {
+            // The visual page still holds the old body: leaving the source page would lose
+            // every edit made there.
+            showSourceInstead();
+            reportError(QStringLiteral("Tbs_SelectedChanged"), pageFileError(folder));
+            return;
+        }
         if (page == PagePreview)
             WEB->setDocumentHTML(References::redirectForPreview(text, m_doc.restoreFolder), folder);
     }
@@ -138,6 +145,18 @@ void frmMain::Tbs_SelectedChanged(int page) {
     CheckToolBar(page == PageVisual);
     for (QDockWidget* d : m_visualPanes)
         d->setEnabled(page == PageVisual);
+}
+
+void frmMain::showSourceInstead() {
+    m_page = PageSource; // so the switch below copies nothing from the visual page
+    {
+        const QSignalBlocker quiet(Tbs);
+        Tbs->setCurrentIndex(PageSource);
+    }
+    CODE->setFocus();
+    CheckToolBar(false);
+    for (QDockWidget* d : m_visualPanes)
+        d->setEnabled(false);
 }
 
 void frmMain::VisualizzaTag() {
