@@ -183,15 +183,23 @@ TEST_F(AboutTest, OneAboutWindowForTheProgram) {
     EXPECT_EQ(frmInfoSu::instance(), about);
 }
 
-TEST_F(AboutTest, Screenshots) {
+// Both windows as a user first sees them: the picture, the version and the progress shown.
+TEST_F(AboutTest, WindowsShowTheirPictureVersionAndProgress) {
     frmInfoSu about;
     about.show();
-    QApplication::processEvents();
+    auto* picture = about.findChild<QLabel*>("Image1");
+    ASSERT_NE(picture, nullptr);
+    EXPECT_TRUE(picture->isVisible());
+    EXPECT_FALSE(picture->pixmap().isNull());
+    EXPECT_FALSE(about.findChild<QLabel*>("lblVersion")->text().isEmpty());
     saveShot(about, "about.png");
+
     frmSplash splash;
     splash.PRG()->setValue(45);
     splash.show();
-    QApplication::processEvents();
+    EXPECT_TRUE(splash.PRG()->isVisible());
+    EXPECT_EQ(splash.PRG()->value(), 45);
+    EXPECT_TRUE(splash.findChild<QLabel*>("lblVersion")->isVisible());
     saveShot(splash, "splash.png");
 }
 

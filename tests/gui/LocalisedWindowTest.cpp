@@ -98,7 +98,6 @@ TEST_P(LocalisedWindowTest, StartsInTheChosenLanguageAndScheme) {
     EXPECT_EQ(yes, expected.value("frmMessage.cmdYes.Caption"));
     EXPECT_FALSE(yes.isEmpty());
 
-    QTest::qWait(200); // let the page paint before the picture
     const QString folder = QStringLiteral(QUILLORA_BINARY_DIR "/screenshots");
     QDir().mkpath(folder);
     w.grab().save(folder + "/" + QString::fromLatin1(p.screenshot));

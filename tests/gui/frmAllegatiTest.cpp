@@ -174,12 +174,22 @@ TEST_F(AttachmentsPaneTest, ClearListAndHelpText) {
     EXPECT_EQ(help.last(), "Allegati del messaggio");
 }
 
-TEST_F(AttachmentsPaneTest, Screenshot) {
+// The pane as a user sees it: every file on a row with its icon, its size and its header.
+TEST_F(AttachmentsPaneTest, RowsShowIconNameAndSize) {
     pane.setPaths({makeFile("Spring offers.pdf", 204800), makeFile("price-list.xlsx", 48211),
                    makeFile("logo.png", 9000)});
     pane.resize(620, 220);
     pane.show();
-    QApplication::processEvents();
+    QTreeWidget* list = pane.LIST();
+    ASSERT_EQ(list->topLevelItemCount(), 3);
+    EXPECT_FALSE(list->header()->isHidden());
+    for (int i = 0; i < 3; ++i) {
+        const QTreeWidgetItem* row = list->topLevelItem(i);
+        EXPECT_FALSE(row->icon(0).isNull()) << i;
+        EXPECT_FALSE(row->text(1).isEmpty()) << i;
+        EXPECT_FALSE(list->visualItemRect(row).isEmpty()) << "row " << i << " is not shown";
+    }
+    EXPECT_EQ(list->topLevelItem(0)->text(0), "Spring offers.pdf");
     const QString folder = QStringLiteral(QUILLORA_BINARY_DIR "/screenshots");
     QDir().mkpath(folder);
     EXPECT_TRUE(pane.grab().save(folder + "/attachments.png"));

@@ -15,6 +15,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QLabel>
@@ -26,6 +27,8 @@
 #include <QTest>
 #include <QToolBar>
 #include <QTreeWidget>
+#include <QWebEnginePage>
+#include <QWebEngineScript>
 #include <gtest/gtest.h>
 
 #include "gui/TestSession.h"
@@ -45,6 +48,29 @@ void saveShot(QWidget& w, const QString& name) {
     const QString folder = QStringLiteral(QUILLORA_BINARY_DIR "/screenshots");
     QDir().mkpath(folder);
     w.grab().save(folder + "/" + name);
+}
+
+// Waits until no picture of the page is still loading, then counts the distinct local pictures
+// that loaded (natural width > 0); -1 when the page does not answer.
+int loadedPictures(VisualSurface* page) {
+    const QString script = QStringLiteral(
+        "(function(){var imgs=Array.prototype.slice.call(document.images);"
+        "if(imgs.some(function(i){return !i.complete;}))return -2;"
+        "var seen={};imgs.forEach(function(i){if(i.naturalWidth>0&&i.src.indexOf('file:')===0)"
+        "seen[i.src]=1;});return Object.keys(seen).length;})()");
+    QElapsedTimer clock;
+    clock.start();
+    while (clock.elapsed() < 20000) {
+        // The answer may come after a timeout: it goes into a box that outlives this call.
+        auto answer = std::make_shared<std::optional<int>>();
+        page->page()->runJavaScript(script, QWebEngineScript::ApplicationWorld,
+                                    [answer](const QVariant& v) { *answer = v.toInt(); });
+        if (!QTest::qWaitFor([&] { return answer->has_value(); }, 5000))
+            return -1;
+        if (**answer >= 0)
+            return **answer; // otherwise still loading: ask again
+    }
+    return -1;
 }
 
 class frmMainTest : public testing::Test {
@@ -500,14 +526,18 @@ TEST_F(frmMainTest, ScreenshotsOfTheThreePagesWithARealNewsletter) {
     ASSERT_TRUE(MessageFile::SalvaMessaggio(d, path, options).ok());
     frmMain& w = start(path);
     w.resize(1280, 860);
-    QTest::qWait(300); // let the pictures paint; the page itself is loaded already
+    // Every picture of the newsletter (six; its seventh file is a background) comes from the
+    // restored copies, in both pages.
+    EXPECT_EQ(loadedPictures(w.visualPage()), 6);
     saveShot(w, "main-visual.png");
     w.tabs()->setCurrentIndex(frmMain::PageSource);
+    EXPECT_TRUE(w.sourcePage()->isVisible());
+    EXPECT_TRUE(w.sourcePage()->text().contains("images/bg_1.jpg"));
     saveShot(w, "main-source.png");
-    w.tabs()->setCurrentIndex(frmMain::PagePreview);
     QSignalSpy preview(w.previewPage(), &VisualSurface::documentComplete);
+    w.tabs()->setCurrentIndex(frmMain::PagePreview);
     ASSERT_TRUE(preview.count() > 0 || preview.wait(20000));
-    QTest::qWait(300);
+    EXPECT_EQ(loadedPictures(w.previewPage()), 6);
     saveShot(w, "main-preview.png");
     w.tabs()->setCurrentIndex(frmMain::PageVisual);
 }
