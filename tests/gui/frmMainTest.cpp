@@ -516,7 +516,7 @@ TEST_F(frmMainTest, MessageScriptsNeverRun) {
     EXPECT_TRUE(shown->contains("<p id=\"p\">static</p>")) << shown->toStdString();
 }
 
-TEST_F(frmMainTest, ScreenshotsOfTheThreePagesWithARealNewsletter) {
+TEST_F(frmMainTest, ARealNewsletterShowsEveryPictureOnEveryPage) {
     MessageDocument d;
     d.subject = "Colorlib 16";
     d.body = TextFile::read(kCorpus + "colorlib-16/index.html").text;
