@@ -357,7 +357,6 @@ protected:
         surface->resize(600, 400);
         surface->show();
     }
-    void TearDown() override { frmColor::setColourChooser({}); }
     void load(const QString& body) {
         QSignalSpy done(surface.get(), &VisualSurface::documentComplete);
         ASSERT_TRUE(surface->setDocumentHTML("<!DOCTYPE html>\r\n<html><head></head><body>" + body +
@@ -435,10 +434,10 @@ TEST_F(ColourPickerTest, MoreColoursAppliesTheChosenColourAndCancelChangesNothin
     frmColor picker;
     std::optional<QColor> answer;
     QColor offered;
-    frmColor::setColourChooser([&](QWidget*, QColor initial) {
+    scripted().onColor = [&](const QColor& initial) {
         offered = initial;
         return answer;
-    });
+    };
     auto* more = picker.findChild<QPushButton*>("cmdAltriColori");
     ASSERT_TRUE(more);
 

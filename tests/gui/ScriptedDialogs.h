@@ -28,6 +28,8 @@ public:
     std::function<int(const quillora::gui::MessageRequest&)> onAnswer;
     // Unset: every file question is cancelled.
     std::function<QString(const FileQuestion&)> onFile;
+    // Unset: every colour question is cancelled.
+    std::function<std::optional<QColor>(const QColor& initial)> onColor;
     // Unset: every text question is cancelled.
     std::function<std::optional<QString>(const QString& label)> onText;
 
@@ -43,6 +45,9 @@ public:
     QString saveFileName(QWidget*, const QString& title, const QString& filter) override {
         fileQuestions << FileQuestion{title, filter, true};
         return onFile ? onFile(fileQuestions.last()) : QString();
+    }
+    std::optional<QColor> chooseColor(QWidget*, const QColor& initial, const QString&) override {
+        return onColor ? onColor(initial) : std::nullopt;
     }
     std::optional<QString> askText(QWidget*, const QString&, const QString& label,
                                    const QString&) override {

@@ -5,6 +5,7 @@
 #include "gui/app/WindowHelpers.h"
 #include "gui/app/frmMessage.h"
 
+#include <QColorDialog>
 #include <QFileDialog>
 #include <QInputDialog>
 #include <QMessageBox>
@@ -19,6 +20,14 @@ QString Dialogs::openFileName(QWidget* parent, const QString& title, const QStri
 
 QString Dialogs::saveFileName(QWidget* parent, const QString& title, const QString& filter) {
     return QFileDialog::getSaveFileName(parent, title, QString(), FileFilter::qtFilter(filter));
+}
+
+std::optional<QColor> Dialogs::chooseColor(QWidget* parent, const QColor& initial,
+                                           const QString& title) {
+    const QColor c = QColorDialog::getColor(initial, parent, title);
+    if (!c.isValid())
+        return std::nullopt;
+    return c;
 }
 
 std::optional<QString> Dialogs::askText(QWidget* parent, const QString& title, const QString& label,

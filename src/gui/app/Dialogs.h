@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QColor>
 #include <QString>
 #include <memory>
 #include <optional>
@@ -21,6 +22,10 @@ public:
     // Empty when the user cancels.
     virtual QString openFileName(QWidget* parent, const QString& title, const QString& filter);
     virtual QString saveFileName(QWidget* parent, const QString& title, const QString& filter);
+
+    // A colour, starting from initial; nullopt when the user cancels.
+    virtual std::optional<QColor> chooseColor(QWidget* parent, const QColor& initial,
+                                              const QString& title);
 
     // One line of text; nullopt when the user cancels.
     virtual std::optional<QString> askText(QWidget* parent, const QString& title,

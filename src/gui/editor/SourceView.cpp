@@ -1,9 +1,9 @@
 #include "gui/editor/SourceView.h"
 
 #include "core/editor/SyntaxScheme.h"
+#include "gui/app/Dialogs.h"
 
 #include <QFontDatabase>
-#include <QInputDialog>
 #include <QKeyEvent>
 #include <Qsci/qscicommand.h>
 #include <Qsci/qscicommandset.h>
@@ -96,13 +96,12 @@ void SourceView::setSourceText(const QString& text) {
 }
 
 void SourceView::findDialog() {
-    bool ok = false;
-    const QString text = QInputDialog::getText(
-        this, QStringLiteral("Find"), QStringLiteral("Find:"), QLineEdit::Normal, m_lastFind, &ok);
-    if (!ok || text.isEmpty())
+    const std::optional<QString> text =
+        dialogs().askText(this, QStringLiteral("Find"), QStringLiteral("Find:"), m_lastFind);
+    if (!text || text->isEmpty())
         return;
-    m_lastFind = text;
-    findFirst(text, false, false, false, true);
+    m_lastFind = *text;
+    findFirst(*text, false, false, false, true);
 }
 
 void SourceView::keyPressEvent(QKeyEvent* event) {

@@ -3,10 +3,10 @@
 #include "core/app/bFunctions.h"
 #include "core/editor/DhtmlCommands.h"
 #include "gui/app/ColorStyle.h"
+#include "gui/app/Dialogs.h"
 #include "gui/app/Reported.h"
 #include "gui/editor/VisualSurface.h"
 
-#include <QColorDialog>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QHelpEvent>
@@ -27,11 +27,6 @@ namespace {
 constexpr int kColumns = 18;
 constexpr int kCell = 14; // a swatch, without the gap between swatches
 constexpr int kPitch = kCell + 2;
-
-frmColor::ColourChooser& chooser() {
-    static frmColor::ColourChooser c;
-    return c;
-}
 
 qint32 platformValue(const QColor& c) {
     return qint32(c.red() | c.green() << 8 | c.blue() << 16);
@@ -249,10 +244,6 @@ QPoint frmColor::cellCentre(int index) const {
     return m_grid->cellRect(index).center();
 }
 
-void frmColor::setColourChooser(ColourChooser c) {
-    chooser() = std::move(c);
-}
-
 void frmColor::setColor(qint32 color) {
     m_color = color & 0xFFFFFF;
     showCurrent();
@@ -327,14 +318,7 @@ void frmColor::moreColours() {
     hide();
     const QColor initial = fromPlatform(m_color);
     QWidget* owner = parentWidget() ? parentWidget()->window() : nullptr;
-    std::optional<QColor> chosen;
-    if (chooser()) {
-        chosen = chooser()(owner, initial);
-    } else {
-        const QColor c = QColorDialog::getColor(initial, owner, tr("Text colour"));
-        if (c.isValid())
-            chosen = c;
-    }
+    const std::optional<QColor> chosen = dialogs().chooseColor(owner, initial, tr("Text colour"));
     if (chosen && chosen->isValid())
         color_Change(platformValue(*chosen));
 }

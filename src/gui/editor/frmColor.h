@@ -46,11 +46,6 @@ public:
     QWidget* grid() const;
     QPoint cellCentre(int index) const;
 
-    // "More colours...": asks with this instead of the colour dialog when set (scripted runs,
-    // tests). nullopt means the user cancelled.
-    using ColourChooser = std::function<std::optional<QColor>(QWidget* parent, QColor initial)>;
-    static void setColourChooser(ColourChooser chooser);
-
 signals:
     void colourPicked(qint32 color);
 
