@@ -3,9 +3,9 @@
 #include <QAction>
 #include <QHash>
 #include <QMenu>
-#include <QToolBar>
 #include <QPointer>
 #include <QString>
+#include <QToolBar>
 #include <functional>
 
 class QComboBox;
