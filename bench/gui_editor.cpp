@@ -85,10 +85,9 @@ int switchPages() {
     waitFor(&window, SIGNAL(documentLoaded()));
 
     // About 1 MB: a real newsletter's body repeated inside one document.
-    const QString page =
-        TextFile::read(
-            QStringLiteral(QUILLORA_SOURCE_DIR "/tests/data/html/colorlib-16/index.html"))
-            .text;
+    const QString page = TextFile::read(QStringLiteral(QUILLORA_SOURCE_DIR
+                                                       "/tests/data/html/colorlib-16/index.html"))
+                             .text;
     const qsizetype bodyStart = page.indexOf(QLatin1String("<body"));
     const qsizetype bodyEnd = page.lastIndexOf(QLatin1String("</body>"));
     const QString inner = page.mid(page.indexOf(u'>', bodyStart) + 1, bodyEnd - bodyStart);
