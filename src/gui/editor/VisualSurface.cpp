@@ -2,6 +2,9 @@
 
 #include "core/editor/DhtmlCommands.h"
 #include "gui/app/Dialogs.h"
+#include "gui/editor/ScriptQueue.h"
+#include "gui/editor/SurfaceBridge.h"
+#include "gui/editor/SurfacePage.h"
 
 #include <QChildEvent>
 #include <QColor>
@@ -14,20 +17,16 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QMimeData>
-#include <QPointer>
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QSaveFile>
 #include <QTemporaryDir>
 #include <QWebChannel>
 #include <QWebEngineLoadingInfo>
-#include <QWebEngineNewWindowRequest>
 #include <QWebEnginePage>
 #include <QWebEngineProfile>
 #include <QWebEngineScript>
 #include <QWebEngineScriptCollection>
-#include <QWebEngineSettings>
-#include <QWebEngineUrlRequestInterceptor>
 
 // Resources of a static library are only linked in when something names them.
 static void initBridgeResources() {
@@ -38,16 +37,13 @@ namespace quillora::gui {
 
 namespace {
 
-// One blocking read at a time in the whole program, and none from inside a script callback:
-// the engine does not run its tasks in a nested event loop, so a wait started inside one of
-// its callbacks never receives its answer (seen on Qt 6.4: it always times out).
+// One blocking read at a time in the whole program, and none from inside a
+// script callback: the engine does not run its tasks in a nested event loop, so
+// a wait started inside one of its callbacks never receives its answer (seen on
+// Qt 6.4: it always times out).
 bool g_waitingForHtml = false;
-int g_inEngineCallback = 0;
 int g_surfaceCount = 0;
 
-// Time the queue waits for an edit action that shows no effect in the page (undo with nothing
-// to undo, select all with everything already selected) before going on.
-constexpr int kActionGraceMs = 250;
 constexpr int kStateDebounceMs = 30;
 
 QString resourceText(const QString& path) {
@@ -59,16 +55,11 @@ QString resourceText(const QString& path) {
     return QString::fromUtf8(f.readAll());
 }
 
-// A bridge call as script text. The call travels as a JSON literal made by QJsonDocument: no
-// value is ever spliced into script source by hand.
+// A bridge call as script text. The call travels as a JSON literal made by
+// QJsonDocument: no value is ever spliced into script source by hand.
 QString bridgeScript(const QJsonArray& call) {
     return QStringLiteral("quillora.call(%1)")
         .arg(QString::fromUtf8(QJsonDocument(call).toJson(QJsonDocument::Compact)));
-}
-
-bool sameDocument(const QUrl& a, const QUrl& b) {
-    return a.isLocalFile() && b.isLocalFile() && a.query() == b.query() &&
-           QDir::cleanPath(a.toLocalFile()) == QDir::cleanPath(b.toLocalFile());
 }
 
 const char* actionName(QWebEnginePage::WebAction action) {
@@ -90,8 +81,8 @@ const char* actionName(QWebEnginePage::WebAction action) {
     }
 }
 
-// A colour argument as the page wants it: a QColor, "#rrggbb" text, or the program's RGB
-// number (red in the low byte).
+// A colour argument as the page wants it: a QColor, "#rrggbb" text, or the
+// program's RGB number (red in the low byte).
 QString colourArgument(const QVariant& v) {
     if (v.metaType().id() == QMetaType::QColor)
         return v.value<QColor>().name();
@@ -103,141 +94,16 @@ QString colourArgument(const QVariant& v) {
     return v.toString();
 }
 
-struct EngineCallbackScope {
-    EngineCallbackScope() { ++g_inEngineCallback; }
-    ~EngineCallbackScope() { --g_inEngineCallback; }
-    EngineCallbackScope(const EngineCallbackScope&) = delete;
-    EngineCallbackScope& operator=(const EngineCallbackScope&) = delete;
-};
-
-class RefuseNonGet : public QWebEngineUrlRequestInterceptor {
-public:
-    void interceptRequest(QWebEngineUrlRequestInfo& info) override {
-        if (info.requestMethod() != "GET")
-            info.block(true);
-    }
-};
-
 } // namespace
-
-// The security baseline of both pages, in one place. A message is outside input: it may carry
-// scripts, forms, refresh tags and links to anywhere. So:
-//  * page JavaScript is off; only our bridge runs, in its own world (ApplicationWorld);
-//  * the only navigation is the load of our own working file (a file: URL with the load's
-//    generation in its query); link clicks are reported and refused, new windows never open,
-//    dropped files never navigate;
-//  * requests other than GET (form posts, pings) are refused.
-// The clipboard settings only serve our bridge (no page script runs): without them the
-// engine answers "disabled" to every queryCommandEnabled("copy"/"paste") from script.
-class SurfacePage : public QWebEnginePage {
-    Q_OBJECT
-public:
-    SurfacePage(QWebEngineProfile* profile, QObject* parent) : QWebEnginePage(profile, parent) {
-        QWebEngineSettings* s = settings();
-        s->setAttribute(QWebEngineSettings::JavascriptEnabled, false);
-        s->setAttribute(QWebEngineSettings::JavascriptCanOpenWindows, false);
-        s->setAttribute(QWebEngineSettings::JavascriptCanAccessClipboard, true);
-        s->setAttribute(QWebEngineSettings::JavascriptCanPaste, true);
-        s->setAttribute(QWebEngineSettings::LocalContentCanAccessRemoteUrls, false);
-        s->setAttribute(QWebEngineSettings::PluginsEnabled, false);
-        s->setAttribute(QWebEngineSettings::NavigateOnDropEnabled, false);
-        s->setAttribute(QWebEngineSettings::ErrorPageEnabled, false);
-        s->setAttribute(QWebEngineSettings::FocusOnNavigationEnabled, false);
-        setUrlRequestInterceptor(&m_refuseNonGet);
-        connect(this, &QWebEnginePage::newWindowRequested, this,
-                [this](QWebEngineNewWindowRequest& request) {
-                    if (request.isUserInitiated())
-                        emit linkClicked(request.requestedUrl());
-                });
-    }
-    ~SurfacePage() override { setUrlRequestInterceptor(nullptr); }
-
-    void expect(const QUrl& url) { m_expected = url; }
-
-signals:
-    void linkClicked(const QUrl& url);
-
-protected:
-    bool acceptNavigationRequest(const QUrl& url, NavigationType type, bool isMainFrame) override {
-        if (isMainFrame && sameDocument(url, m_expected))
-            return true;
-        if (type == NavigationTypeLinkClicked && isMainFrame)
-            emit linkClicked(url);
-        return false;
-    }
-
-    void javaScriptConsoleMessage(JavaScriptConsoleMessageLevel level, const QString& message,
-                                  int line, const QString& source) override {
-        // Only our bridge can write here; its errors are programming errors worth seeing.
-        if (level == ErrorMessageLevel)
-            qWarning("VisualSurface bridge: %s (%s:%d)", qPrintable(message), qPrintable(source),
-                     line);
-    }
-
-private:
-    QUrl m_expected;
-    RefuseNonGet m_refuseNonGet;
-};
-
-// The object the bridge sees on the web channel. Its slots run inside the engine's own task,
-// where a nested event loop never receives the engine's answers, so each one only posts the
-// event to the surface: every public signal is delivered from the Qt event loop.
-class SurfaceBridge : public QObject {
-    Q_OBJECT
-public:
-    explicit SurfaceBridge(VisualSurface* surface) : QObject(surface), m_surface(surface) {}
-
-public slots:
-    void ready(const QString& href) {
-        post([href](VisualSurface* s) { s->bridgeReady(href); });
-    }
-    void dirty() {
-        post([](VisualSurface* s) { s->bridgeDirty(); });
-    }
-    void actionSettled(int token) {
-        post([token](VisualSurface* s) { s->bridgeActionSettled(token); });
-    }
-    void clicked(const QVariantMap& state) {
-        post([state](VisualSurface* s) {
-            s->applyState(state);
-            s->bridgeClicked();
-        });
-    }
-    void edited(const QVariantMap& state) {
-        post([state](VisualSurface* s) {
-            s->applyState(state);
-            s->bridgeEdited();
-        });
-    }
-    void mouseMoved(int x, int y) {
-        post([x, y](VisualSurface* s) { s->bridgeMouseMoved(x, y); });
-    }
-    void mouseUp(int button, int x, int y, const QVariantMap& state) {
-        post([button, x, y, state](VisualSurface* s) {
-            s->applyState(state);
-            s->bridgeMouseUp(button, x, y);
-        });
-    }
-    void imageDoubleClicked() {
-        post([](VisualSurface* s) { s->bridgeImageDoubleClicked(); });
-    }
-
-private:
-    template <typename F> void post(F f) {
-        VisualSurface* surface = m_surface;
-        QMetaObject::invokeMethod(
-            surface, [surface, f] { f(surface); }, Qt::QueuedConnection);
-    }
-
-    VisualSurface* m_surface;
-};
 
 VisualSurface::VisualSurface(bool editable, QWidget* parent)
     : QWebEngineView(parent), m_editable(editable), m_serial(++g_surfaceCount) {
     initBridgeResources();
     m_page = new SurfacePage(QWebEngineProfile::defaultProfile(), this);
     setPage(m_page);
-    // The right button is ours (contextMenuAt); the engine's own menu would offer navigation.
+    m_scripts = new ScriptQueue(m_page, this);
+    // The right button is ours (contextMenuAt); the engine's own menu would offer
+    // navigation.
     setContextMenuPolicy(Qt::NoContextMenu);
     installEventFilter(this); // drops reach the view itself as well as its focus proxy
 
@@ -246,10 +112,11 @@ VisualSurface::VisualSurface(bool editable, QWidget* parent)
     m_channel->registerObject(QStringLiteral("surface"), m_bridge);
     m_page->setWebChannel(m_channel, QWebEngineScript::ApplicationWorld);
     installBridgeScripts();
+    connectBridge();
 
     connect(m_page, &QWebEnginePage::loadingChanged, this,
             [this](const QWebEngineLoadingInfo& info) {
-                if (!sameDocument(info.url(), m_documentUrl))
+                if (!m_page->isExpected(info.url()))
                     return;
                 if (info.status() == QWebEngineLoadingInfo::LoadSucceededStatus) {
                     m_loaded = true;
@@ -264,34 +131,71 @@ VisualSurface::VisualSurface(bool editable, QWidget* parent)
             Qt::QueuedConnection);
     connect(m_page, &QWebEnginePage::renderProcessTerminated, this,
             [this](QWebEnginePage::RenderProcessTerminationStatus status, int) {
-                // Edits since the last load are gone with the process; the file is still there.
+                // Edits since the last load are gone with the process; the file is
+                // still there.
                 if (status != QWebEnginePage::NormalTerminationStatus && !m_documentFile.isEmpty())
                     loadDocumentFile();
             });
 
-    m_actionGrace.setSingleShot(true);
-    m_actionGrace.setInterval(kActionGraceMs);
-    connect(&m_actionGrace, &QTimer::timeout, this, &VisualSurface::finishAction);
     m_stateDebounce.setSingleShot(true);
     m_stateDebounce.setInterval(kStateDebounceMs);
     connect(&m_stateDebounce, &QTimer::timeout, this, &VisualSurface::readState);
 }
 
 VisualSurface::~VisualSurface() {
-    // The page goes first, while our members still exist: pending script callbacks fire as it
-    // dies and must find m_dying set.
-    m_dying = true;
+    // Pending script callbacks fire as the page dies; cancelled first, they do
+    // nothing.
+    m_scripts->cancel();
     delete m_page;
     m_page = nullptr;
     if (!m_documentFile.isEmpty())
         QFile::remove(m_documentFile);
 }
 
+// The bridge delivers from the event loop, so the mirror is up to date before
+// the signal that comes with a caret move.
+void VisualSurface::connectBridge() {
+    connect(m_bridge, &SurfaceBridge::readyReported, this, [this](const QString& href) {
+        if (!m_page->isExpected(QUrl(href)))
+            return; // a page we have already replaced
+        m_bridgeReady = true;
+        maybeComplete();
+    });
+    connect(m_bridge, &SurfaceBridge::dirtyReported, this, [this] {
+        if (!m_stateDebounce.isActive())
+            m_stateDebounce.start();
+    });
+    connect(m_bridge, &SurfaceBridge::actionSettledReported, m_scripts,
+            &ScriptQueue::actionSettled);
+    connect(m_bridge, &SurfaceBridge::clickReported, this, [this](const QVariantMap& state) {
+        applyState(state);
+        emit clicked();
+    });
+    connect(m_bridge, &SurfaceBridge::editReported, this, [this](const QVariantMap& state) {
+        applyState(state);
+        emit edited();
+    });
+    connect(m_bridge, &SurfaceBridge::mouseMoveReported, this, &VisualSurface::mouseMoved);
+    connect(m_bridge, &SurfaceBridge::mouseUpReported, this,
+            [this](int button, int x, int y, const QVariantMap& state) {
+                applyState(state);
+                if (button == 0) {
+                    emit leftMouseUp();
+                } else if (button == 2) {
+                    const qreal zoom = zoomFactor();
+                    emit contextMenuAt(mapToGlobal(QPoint(qRound(x * zoom), qRound(y * zoom))));
+                }
+            });
+    connect(m_bridge, &SurfaceBridge::imageDoubleClickReported, this,
+            &VisualSurface::imageDoubleClicked);
+}
+
 void VisualSurface::installBridgeScripts() {
-    // Both scripts live in ApplicationWorld, which runs although page JavaScript is off
-    // (checked on Qt 6.4: user scripts, runJavaScript, events, MutationObserver, microtasks and
-    // requestAnimationFrame work there; only timers are dropped). qwebchannel.js comes first,
-    // at document creation, so the bridge finds QWebChannel when the DOM is ready.
+    // Both scripts live in ApplicationWorld, which runs although page JavaScript
+    // is off (checked on Qt 6.4: user scripts, runJavaScript, events,
+    // MutationObserver, microtasks and requestAnimationFrame work there; only
+    // timers are dropped). qwebchannel.js comes first, at document creation, so
+    // the bridge finds QWebChannel when the DOM is ready.
     QWebEngineScript channel;
     channel.setName(QStringLiteral("quillora-webchannel"));
     channel.setSourceCode(resourceText(QStringLiteral(":/qtwebchannel/qwebchannel.js")));
@@ -300,7 +204,8 @@ void VisualSurface::installBridgeScripts() {
     channel.setRunsOnSubFrames(false);
     m_page->scripts().insert(channel);
 
-    // One script, so the order of the operation files cannot depend on the collection.
+    // One script, so the order of the operation files cannot depend on the
+    // collection.
     QString source = resourceText(QStringLiteral(":/quillora/bridge/bridge.js"));
     QDir ops(QStringLiteral(":/quillora/bridge/ops"));
     for (const QString& name : ops.entryList({QStringLiteral("*.js")}, QDir::Files, QDir::Name))
@@ -324,8 +229,9 @@ bool VisualSurface::setDocumentHTML(const QString& html, const QString& workFold
     QDir dir(folder);
     if (!dir.mkpath(QStringLiteral(".")))
         return false;
-    // Not setHtml: it fails above 2 MB, and a file gives relative references their folder.
-    // Each surface has its own file, as the visual page and the preview share a folder.
+    // Not setHtml: it fails above 2 MB, and a file gives relative references
+    // their folder. Each surface has its own file, as the visual page and the
+    // preview share a folder.
     const QString file = QDir::cleanPath(dir.absoluteFilePath(
         QStringLiteral(".quillora-%1-%2.html")
             .arg(m_editable ? QLatin1String("visual") : QLatin1String("preview"))
@@ -333,8 +239,8 @@ bool VisualSurface::setDocumentHTML(const QString& html, const QString& workFold
     QSaveFile out(file);
     if (!out.open(QIODevice::WriteOnly))
         return false;
-    // A byte order mark outranks any charset the document declares, so the UTF-8 we write is
-    // read as UTF-8.
+    // A byte order mark outranks any charset the document declares, so the UTF-8
+    // we write is read as UTF-8.
     out.write("\xEF\xBB\xBF");
     out.write(html.toUtf8());
     if (!out.commit())
@@ -348,18 +254,17 @@ bool VisualSurface::setDocumentHTML(const QString& html, const QString& workFold
 }
 
 void VisualSurface::loadDocumentFile() {
-    ++m_generation;
+    ++m_loads;
     m_loaded = m_bridgeReady = m_ready = false;
-    m_scriptsInFlight = 0;
-    m_actionInFlight = false;
-    ++m_actionToken;
-    m_actionGrace.stop();
+    // Calls meant for the old document never reach the new one.
+    m_scripts->cancel();
     m_stateDebounce.stop();
 
-    // The generation in the query tells this load apart from any earlier one of the same file,
-    // for the navigation filter and for the bridge's ready call.
+    // The load's number in the query tells this load apart from any earlier one
+    // of the same file, for the navigation filter and for the bridge's ready
+    // call.
     QUrl url = QUrl::fromLocalFile(m_documentFile);
-    url.setQuery(QStringLiteral("g=%1").arg(m_generation));
+    url.setQuery(QStringLiteral("g=%1").arg(m_loads));
     m_documentUrl = url;
     m_page->expect(url);
     load(url);
@@ -372,98 +277,23 @@ void VisualSurface::maybeComplete() {
     const QJsonObject config{{QStringLiteral("editable"), m_editable},
                              {QStringLiteral("borders"), m_showBorders},
                              {QStringLiteral("details"), m_showDetails}};
-    // Straight to the page, ahead of anything queued: runJavaScript keeps its order.
-    runNow(QStringLiteral("quillora.start(%1)")
-               .arg(QString::fromUtf8(QJsonDocument(config).toJson(QJsonDocument::Compact))),
-           {});
-    pump();
-    // Queued like every signal of ours: handlers run from the event loop, never inside one of
-    // the engine's callbacks.
-    const quint64 generation = m_generation;
+    m_scripts->start(
+        QStringLiteral("quillora.start(%1)")
+            .arg(QString::fromUtf8(QJsonDocument(config).toJson(QJsonDocument::Compact))));
+    // Queued like every signal of ours: handlers run from the event loop, never
+    // inside one of the engine's callbacks.
+    const quint64 load = m_loads;
     QMetaObject::invokeMethod(
         this,
-        [this, generation] {
-            if (generation == m_generation && m_ready)
+        [this, load] {
+            if (load == m_loads && m_ready)
                 emit documentComplete();
         },
         Qt::QueuedConnection);
 }
 
 void VisualSurface::callBridge(const QJsonArray& call, std::function<void(const QVariant&)> done) {
-    PendingCall pending;
-    pending.script = bridgeScript(call);
-    pending.done = std::move(done);
-    m_queue.push_back(std::move(pending));
-    pump();
-}
-
-void VisualSurface::queueAction(int webAction) {
-    PendingCall pending;
-    pending.action = webAction;
-    m_queue.push_back(std::move(pending));
-    pump();
-}
-
-void VisualSurface::pump() {
-    while (m_ready && !m_actionInFlight && !m_queue.empty()) {
-        if (m_queue.front().action >= 0) {
-            // An action must not overtake the scripts before it; their last callback resumes.
-            if (m_scriptsInFlight > 0)
-                return;
-            const int action = m_queue.front().action;
-            m_queue.pop_front();
-            startAction(action);
-            return;
-        }
-        PendingCall next = std::move(m_queue.front());
-        m_queue.pop_front();
-        runNow(next.script, std::move(next.done));
-    }
-}
-
-void VisualSurface::runNow(const QString& script, std::function<void(const QVariant&)> done) {
-    ++m_scriptsInFlight;
-    const quint64 generation = m_generation;
-    QPointer<VisualSurface> self(this);
-    m_page->runJavaScript(script, QWebEngineScript::ApplicationWorld,
-                          [self, generation, done = std::move(done)](const QVariant& result) {
-                              if (!self || self->m_dying)
-                                  return;
-                              const bool current = generation == self->m_generation;
-                              if (current)
-                                  --self->m_scriptsInFlight;
-                              if (done) {
-                                  EngineCallbackScope scope;
-                                  done(result);
-                              }
-                              if (current && self)
-                                  self->pump();
-                          });
-}
-
-void VisualSurface::startAction(int webAction) {
-    // triggerAction travels by the engine's input route, not the script route, and can land
-    // after scripts sent later (seen on Qt 6.4 with SelectAll followed by a script). So the
-    // page is armed first, the action follows the arming's answer, and the queue waits for the
-    // page to report the action's effect, or for a short grace when it has none.
-    m_actionInFlight = true;
-    const int token = ++m_actionToken;
-    const auto action = QWebEnginePage::WebAction(webAction);
-    // runNow calls back only while this surface lives.
-    runNow(
-        bridgeScript({QStringLiteral("armAction"), token, QString::fromLatin1(actionName(action))}),
-        [this, token, action](const QVariant&) {
-            if (token != m_actionToken || !m_actionInFlight)
-                return;
-            m_page->triggerAction(action);
-            m_actionGrace.start();
-        });
-}
-
-void VisualSurface::finishAction() {
-    m_actionGrace.stop();
-    m_actionInFlight = false;
-    pump();
+    m_scripts->enqueue(bridgeScript(call), std::move(done));
 }
 
 void VisualSurface::fetchDocumentHTML(std::function<void(const QString&)> done) {
@@ -498,7 +328,7 @@ QString VisualSurface::composeHtml(const QVariant& parts) const {
 }
 
 std::optional<QString> VisualSurface::documentHTML(int timeoutMs) {
-    if (g_waitingForHtml || g_inEngineCallback > 0)
+    if (g_waitingForHtml || ScriptQueue::insideCallback())
         return std::nullopt;
     g_waitingForHtml = true;
     struct Release {
@@ -593,6 +423,13 @@ void VisualSurface::execCommand(int decmd, const QVariant& argument) {
     qWarning("VisualSurface: unknown command code %d", decmd);
 }
 
+void VisualSurface::queueAction(QWebEnginePage::WebAction action) {
+    m_scripts->enqueueAction(action, [action](int token) {
+        return bridgeScript(
+            {QStringLiteral("armAction"), token, QString::fromLatin1(actionName(action))});
+    });
+}
+
 void VisualSurface::insertHtml(const QString& html) {
     callBridge({QStringLiteral("insertHtml"), html});
 }
@@ -608,7 +445,8 @@ void VisualSurface::setShowDetails(bool on) {
 }
 
 void VisualSurface::printDocument() {
-    // Nobody can answer a print dialog on the offscreen platform (tests, batch runs).
+    // Nobody can answer a print dialog on the offscreen platform (tests, batch
+    // runs).
     if (QGuiApplication::platformName() == QLatin1String("offscreen") || m_printer)
         return;
     auto printer = std::make_unique<QPrinter>(QPrinter::HighResolution);
@@ -648,92 +486,25 @@ void VisualSurface::selectContents(const QString& selector) {
 }
 
 void VisualSurface::readState() {
-    if (!m_ready)
-        return;
-    const quint64 generation = m_generation;
-    runNow(bridgeScript({QStringLiteral("editorState")}),
-           [this, generation](const QVariant& result) {
-               if (generation == m_generation && result.metaType().id() == QMetaType::QVariantMap)
-                   applyState(result.toMap());
-           });
+    m_scripts->runNow(bridgeScript({QStringLiteral("editorState")}),
+                      [this](const QVariant& result) {
+                          if (result.metaType().id() == QMetaType::QVariantMap)
+                              applyState(result.toMap());
+                      });
 }
 
-void VisualSurface::applyState(const QVariantMap& m) {
-    SurfaceState s;
-    s.tagPath = m.value(QStringLiteral("tagPath")).toStringList();
-    s.lastTag = s.tagPath.isEmpty() ? QString() : s.tagPath.last();
-    s.currentId = m.value(QStringLiteral("id")).toInt();
-    s.currentTagName = m.value(QStringLiteral("tagName")).toString();
-    s.currentSrc = m.value(QStringLiteral("src")).toString();
-    const auto flag = [&m](const char* key) { return m.value(QLatin1String(key)).toBool(); };
-    s.bold = flag("bold");
-    s.italic = flag("italic");
-    s.underline = flag("underline");
-    s.justifyLeft = flag("justifyLeft");
-    s.justifyCenter = flag("justifyCenter");
-    s.justifyRight = flag("justifyRight");
-    s.canCut = flag("canCut");
-    s.canCopy = flag("canCopy");
-    s.canPaste = flag("canPaste");
-    s.canUndo = flag("canUndo");
-    s.canRedo = flag("canRedo");
-    s.canSelectAll = flag("canSelectAll");
-    s.fontName = m.value(QStringLiteral("fontName")).toString();
-    s.fontSize = m.value(QStringLiteral("fontSize")).toString();
-    s.foreColor = m.value(QStringLiteral("foreColor")).toString();
-    s.hasSelection = flag("hasSelection");
-    s.changes = m.value(QStringLiteral("changes")).toULongLong();
+void VisualSurface::applyState(const QVariantMap& map) {
+    SurfaceState s = surfaceStateFromBridge(map);
     if (s == m_state)
         return;
     m_state = std::move(s);
-    // Delivered from the event loop: this runs inside the engine's callback.
+    // Delivered from the event loop: this may run inside the engine's callback.
     QMetaObject::invokeMethod(this, &VisualSurface::stateChanged, Qt::QueuedConnection);
 }
 
-void VisualSurface::bridgeReady(const QString& href) {
-    if (!sameDocument(QUrl(href), m_documentUrl))
-        return; // a page we have already replaced
-    m_bridgeReady = true;
-    maybeComplete();
-}
-
-void VisualSurface::bridgeDirty() {
-    if (!m_stateDebounce.isActive())
-        m_stateDebounce.start();
-}
-
-void VisualSurface::bridgeActionSettled(int token) {
-    if (m_actionInFlight && token == m_actionToken)
-        finishAction();
-}
-
-void VisualSurface::bridgeClicked() {
-    emit clicked();
-}
-
-void VisualSurface::bridgeEdited() {
-    emit edited();
-}
-
-void VisualSurface::bridgeMouseMoved(int x, int y) {
-    emit mouseMoved(x, y);
-}
-
-void VisualSurface::bridgeMouseUp(int button, int x, int y) {
-    if (button == 0) {
-        emit leftMouseUp();
-    } else if (button == 2) {
-        const qreal zoom = zoomFactor();
-        emit contextMenuAt(mapToGlobal(QPoint(qRound(x * zoom), qRound(y * zoom))));
-    }
-}
-
-void VisualSurface::bridgeImageDoubleClicked() {
-    emit imageDoubleClicked();
-}
-
 void VisualSurface::childEvent(QChildEvent* event) {
-    // The engine's input widget (the focus proxy) can be replaced; each one gets the filter.
+    // The engine's input widget (the focus proxy) can be replaced; each one gets
+    // the filter.
     if (event->added() && event->child()->isWidgetType())
         event->child()->installEventFilter(this);
     QWebEngineView::childEvent(event);
@@ -744,8 +515,9 @@ bool VisualSurface::eventFilter(QObject* watched, QEvent* event) {
     case QEvent::DragEnter:
     case QEvent::DragMove:
     case QEvent::Drop: {
-        // Files and addresses from outside never enter the page (the engine would write their
-        // address into an editable page). Text and HTML dragged within the page still move.
+        // Files and addresses from outside never enter the page (the engine would
+        // write their address into an editable page). Text and HTML dragged within
+        // the page still move.
         auto* drop = static_cast<QDropEvent*>(event);
         if (drop->mimeData() && drop->mimeData()->hasUrls()) {
             drop->setDropAction(Qt::IgnoreAction);
@@ -761,5 +533,3 @@ bool VisualSurface::eventFilter(QObject* watched, QEvent* event) {
 }
 
 } // namespace quillora::gui
-
-#include "VisualSurface.moc"

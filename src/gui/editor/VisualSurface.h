@@ -1,16 +1,15 @@
 #pragma once
 
 #include "core/editor/DocumentText.h"
+#include "gui/editor/SurfaceState.h"
 
 #include <QPoint>
 #include <QString>
-#include <QStringList>
 #include <QTimer>
 #include <QUrl>
 #include <QVariant>
 #include <QWebEngineView>
 
-#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -22,34 +21,16 @@ class QWebChannel;
 
 namespace quillora::gui {
 
-class SurfacePage;
+class ScriptQueue;
 class SurfaceBridge;
+class SurfacePage;
 
-// What the page last told us about the caret, read synchronously by the command buttons, the
-// tag bar and the property grid.
-struct SurfaceState {
-    QStringList tagPath; // "<HTML>" … "<TD>", outermost first, at most 16 entries
-    QString lastTag;     // the innermost entry, "" without a caret
-    int currentId = 0;   // the innermost element's id attribute as a whole number
-    QString currentTagName;
-    QString currentSrc; // the innermost element's src attribute as written, if it has one
-    bool bold = false, italic = false, underline = false;
-    bool justifyLeft = false, justifyCenter = false, justifyRight = false;
-    bool canCut = false, canCopy = false, canPaste = false;
-    bool canUndo = false, canRedo = false, canSelectAll = false;
-    QString fontName, fontSize;
-    QString foreColor; // "#rrggbb" when the page reports a colour
-    bool hasSelection = false;
-    quint64 changes = 0; // DOM mutations since the document was loaded
-
-    bool operator==(const SurfaceState&) const = default;
-};
-
-// The visual editing page (editable) and the preview (read-only): a web view whose own page
-// scripts never run; our bridge script talks to C++ over a web channel in a separate world.
-// Writes are queued in order and run once the page has loaded; reads of the caret come from a
-// mirror (state()). Every signal is delivered from the event loop, never from inside one of the
-// engine's callbacks, and the events that come with a caret move (clicked, edited,
+// The visual editing page (editable) and the preview (read-only): a web view
+// whose own page scripts never run; our bridge script talks to C++ over a web
+// channel in a separate world. Writes are queued in order and run once the page
+// has loaded; reads of the caret come from a mirror (state()). Every signal is
+// delivered from the event loop, never from inside one of the engine's
+// callbacks, and the events that come with a caret move (clicked, edited,
 // leftMouseUp) find the mirror already up to date.
 class VisualSurface : public QWebEngineView {
     Q_OBJECT
@@ -59,27 +40,31 @@ public:
 
     bool isEditable() const { return m_editable; }
 
-    // Writes the HTML into a file of workFolder and loads it, so relative references resolve
-    // there. documentComplete() follows. False (old document kept) when the file cannot be
-    // written. An empty workFolder uses a private temporary folder.
+    // Writes the HTML into a file of workFolder and loads it, so relative
+    // references resolve there. documentComplete() follows. False (old document
+    // kept) when the file cannot be written. An empty workFolder uses a private
+    // temporary folder.
     bool setDocumentHTML(const QString& html, const QString& workFolder);
     // Loaded, and the bridge answers.
     bool isReady() const { return m_ready; }
     QUrl documentUrl() const { return m_documentUrl; }
 
-    // The whole document as text, after every write queued before it. done is not called when
-    // the page goes away before answering.
+    // The whole document as text, after every write queued before it. done is not
+    // called when the page goes away before answering.
     void fetchDocumentHTML(std::function<void(const QString&)> done);
-    // The one blocking read, for save, close and page switch: waits without user input, never
-    // nests (nullopt when another wait is under way anywhere) and gives nullopt on timeout.
-    // Refused (nullopt) inside a fetchDocumentHTML callback, where the engine could not answer.
+    // The one blocking read, for save, close and page switch: waits without user
+    // input, never nests (nullopt when another wait is under way anywhere) and
+    // gives nullopt on timeout. Refused (nullopt) inside a fetchDocumentHTML
+    // callback, where the engine could not answer.
     std::optional<QString> documentHTML(int timeoutMs = 10000);
 
-    // A DECMD_* code. IMAGE, HYPERLINK and FINDTEXT ask the user when argument is empty.
+    // A DECMD_* code. IMAGE, HYPERLINK and FINDTEXT ask the user when argument is
+    // empty.
     void execCommand(int decmd, const QVariant& argument = {});
-    // At the caret, through the page's own insertHTML so its undo stays coherent; before the
-    // user has placed a caret, at the start of the body. Nothing happens when the caret is in
-    // no editable place (outside the body, or in the preview).
+    // At the caret, through the page's own insertHTML so its undo stays coherent;
+    // before the user has placed a caret, at the start of the body. Nothing
+    // happens when the caret is in no editable place (outside the body, or in the
+    // preview).
     void insertHtml(const QString& html);
     void setShowBorders(bool on);
     void setShowDetails(bool on);
@@ -92,8 +77,8 @@ public:
     // Reloads every image by clearing and restoring its src.
     void refreshImages();
 
-    // Caret placement (the tag bar, tests): inside the first element matching a CSS selector,
-    // before its child number offset (clamped to its child count).
+    // Caret placement (the tag bar, tests): inside the first element matching a
+    // CSS selector, before its child number offset (clamped to its child count).
     void placeCaret(const QString& selector, int offset);
     // Selects the contents of the first element matching a CSS selector.
     void selectContents(const QString& selector);
@@ -103,7 +88,8 @@ public:
 signals:
     void documentComplete();
     void stateChanged();
-    void edited(); // the visual page had a key released or an input (not our own commands)
+    void edited(); // the visual page had a key released or an input (not our own
+                   // commands)
     void clicked();
     void mouseMoved(int x, int y); // page coordinates, throttled to one per frame
     void leftMouseUp();            // after an image under the pointer got its shown size
@@ -116,60 +102,35 @@ protected:
     void childEvent(QChildEvent* event) override;
 
 private:
-    friend class SurfaceBridge;
-
-    struct PendingCall {
-        QString script;                            // empty for an edit action
-        int action = -1;                           // QWebEnginePage::WebAction
-        std::function<void(const QVariant&)> done; // may be empty
-    };
-
     void installBridgeScripts();
     void loadDocumentFile();
-    // Queues quillora.call([name, args...]); args travel as JSON, never as script text.
+    // Queues quillora.call([name, args...]); args travel as JSON, never as script
+    // text.
     void callBridge(const QJsonArray& call, std::function<void(const QVariant&)> done = {});
-    void queueAction(int webAction);
-    void pump();
-    void runNow(const QString& script, std::function<void(const QVariant&)> done);
-    void startAction(int webAction);
-    void finishAction();
+    void queueAction(QWebEnginePage::WebAction action);
     void readState();
     void applyState(const QVariantMap& map);
     void maybeComplete();
     QString composeHtml(const QVariant& parts) const;
+    void connectBridge();
 
-    // From the bridge.
-    void bridgeReady(const QString& href);
-    void bridgeDirty();
-    void bridgeActionSettled(int token);
-    void bridgeClicked();
-    void bridgeEdited();
-    void bridgeMouseMoved(int x, int y);
-    void bridgeMouseUp(int button, int x, int y);
-    void bridgeImageDoubleClicked();
-
-    bool m_dying = false;
     const bool m_editable;
     const int m_serial;
     SurfacePage* m_page = nullptr;
+    ScriptQueue* m_scripts = nullptr;
     QWebChannel* m_channel = nullptr;
     SurfaceBridge* m_bridge = nullptr;
     std::unique_ptr<QTemporaryDir> m_privateFolder;
     QString m_documentFile;
     std::optional<editor::SourceDoctype> m_sourceDoctype; // given back as written when unchanged
     QUrl m_documentUrl;
-    quint64 m_generation = 0;
+    quint64 m_loads = 0;
     bool m_loaded = false;
     bool m_bridgeReady = false;
     bool m_ready = false;
     bool m_showBorders = false;
     bool m_showDetails = false;
 
-    std::deque<PendingCall> m_queue;
-    int m_scriptsInFlight = 0;
-    bool m_actionInFlight = false;
-    int m_actionToken = 0;
-    QTimer m_actionGrace;
     QTimer m_stateDebounce;
     SurfaceState m_state;
     std::unique_ptr<QPrinter> m_printer;
