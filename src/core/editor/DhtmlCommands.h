@@ -2,8 +2,7 @@
 
 #include <span>
 
-// The numeric command codes of the visual page, and the editing command each maps to in the
-// page (an empty name: the command is ours, not the browser's).
+// The numeric command codes of the visual page, and how the page carries out each one.
 namespace quillora {
 
 inline constexpr int DECMD_BOLD = 5000;
@@ -36,50 +35,36 @@ inline constexpr int DECMD_UNDERLINE = 5048;
 inline constexpr int DECMD_UNDO = 5049;
 inline constexpr int DECMD_UNORDERLIST = 5051;
 
+// The browser's own edit actions: they reach the page by the engine's input route, not as a
+// script.
+enum class PageAction { Undo, Redo, Cut, Copy, Paste, SelectAll };
+
+// How the visual page carries out a code.
+enum class DhtmlKind {
+    PageAction,         // the edit action `action`; `name` is the bridge's name for it
+    BridgeOperation,    // our bridge operation `name` with the fixed argument `argument`
+    Command,            // document.execCommand(name), no argument
+    CommandWithText,    // document.execCommand(name, the caller's argument as text)
+    CommandWithColour,  // document.execCommand(name, the caller's argument as a colour)
+    CommandWithAddress, // document.execCommand(name, an address), asked for when none is given
+    FindText,           // the page's find, asked for when no text is given
+    StateQuery,         // answered by the state mirror: `name` is the value the page reports
+};
+
 struct DhtmlCommand {
     int code;
-    const char* execCommand; // document.execCommand name; nullptr for our own operations
+    DhtmlKind kind;
+    const char* name;
+    const char* argument = nullptr;       // BridgeOperation
+    PageAction action = PageAction::Undo; // PageAction
+    const char* promptTitle = nullptr;    // CommandWithAddress: the question put to the user
+    const char* promptLabel = nullptr;
 };
 
-inline constexpr DhtmlCommand kDhtmlCommands[] = {
-    {DECMD_BOLD, "bold"},
-    {DECMD_COPY, "copy"},
-    {DECMD_CUT, "cut"},
-    {DECMD_DELETECOLS, nullptr},
-    {DECMD_DELETEROWS, nullptr},
-    {DECMD_FINDTEXT, nullptr},
-    {DECMD_GETFORECOLOR, nullptr},
-    {DECMD_GETFONTNAME, nullptr},
-    {DECMD_GETFONTSIZE, nullptr},
-    {DECMD_HYPERLINK, "createLink"},
-    {DECMD_IMAGE, "insertImage"},
-    {DECMD_INDENT, "indent"},
-    {DECMD_INSERTCOL, nullptr},
-    {DECMD_INSERTROW, nullptr},
-    {DECMD_ITALIC, "italic"},
-    {DECMD_JUSTIFYCENTER, "justifyCenter"},
-    {DECMD_JUSTIFYLEFT, "justifyLeft"},
-    {DECMD_JUSTIFYRIGHT, "justifyRight"},
-    {DECMD_ORDERLIST, "insertOrderedList"},
-    {DECMD_OUTDENT, "outdent"},
-    {DECMD_PASTE, "paste"},
-    {DECMD_REDO, "redo"},
-    {DECMD_SELECTALL, "selectAll"},
-    {DECMD_SETFONTNAME, "fontName"},
-    {DECMD_SETFONTSIZE, "fontSize"},
-    {DECMD_SETFORECOLOR, "foreColor"},
-    {DECMD_UNDERLINE, "underline"},
-    {DECMD_UNDO, "undo"},
-    {DECMD_UNORDERLIST, "insertUnorderedList"},
-};
+// Every code the visual page understands, one row each.
+std::span<const DhtmlCommand> dhtmlCommands();
 
-// The page's command name for a code, or nullptr.
-constexpr const char* execCommandName(int code) {
-    for (const DhtmlCommand& c : kDhtmlCommands) {
-        if (c.code == code)
-            return c.execCommand;
-    }
-    return nullptr;
-}
+// The row of a code; nullptr for a code the page does not know.
+const DhtmlCommand* findDhtmlCommand(int code);
 
 } // namespace quillora

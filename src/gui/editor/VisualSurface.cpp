@@ -37,10 +37,9 @@ namespace quillora::gui {
 
 namespace {
 
-// One blocking read at a time in the whole program, and none from inside a
-// script callback: the engine does not run its tasks in a nested event loop, so
-// a wait started inside one of its callbacks never receives its answer (seen on
-// Qt 6.4: it always times out).
+// One blocking read at a time in the whole program, and none from inside a script callback:
+// the engine does not run its tasks in a nested event loop, so a wait started inside one of
+// its callbacks never receives its answer (seen on Qt 6.4: it always times out).
 bool g_waitingForHtml = false;
 int g_surfaceCount = 0;
 
@@ -55,34 +54,33 @@ QString resourceText(const QString& path) {
     return QString::fromUtf8(f.readAll());
 }
 
-// A bridge call as script text. The call travels as a JSON literal made by
-// QJsonDocument: no value is ever spliced into script source by hand.
+// A bridge call as script text. The call travels as a JSON literal made by QJsonDocument: no
+// value is ever spliced into script source by hand.
 QString bridgeScript(const QJsonArray& call) {
     return QStringLiteral("quillora.call(%1)")
         .arg(QString::fromUtf8(QJsonDocument(call).toJson(QJsonDocument::Compact)));
 }
 
-const char* actionName(QWebEnginePage::WebAction action) {
+QWebEnginePage::WebAction webAction(PageAction action) {
     switch (action) {
-    case QWebEnginePage::Undo:
-        return "undo";
-    case QWebEnginePage::Redo:
-        return "redo";
-    case QWebEnginePage::Cut:
-        return "cut";
-    case QWebEnginePage::Copy:
-        return "copy";
-    case QWebEnginePage::Paste:
-        return "paste";
-    case QWebEnginePage::SelectAll:
-        return "selectAll";
-    default:
-        return "";
+    case PageAction::Undo:
+        return QWebEnginePage::Undo;
+    case PageAction::Redo:
+        return QWebEnginePage::Redo;
+    case PageAction::Cut:
+        return QWebEnginePage::Cut;
+    case PageAction::Copy:
+        return QWebEnginePage::Copy;
+    case PageAction::Paste:
+        return QWebEnginePage::Paste;
+    case PageAction::SelectAll:
+        return QWebEnginePage::SelectAll;
     }
+    return QWebEnginePage::NoWebAction;
 }
 
-// A colour argument as the page wants it: a QColor, "#rrggbb" text, or the
-// program's RGB number (red in the low byte).
+// A colour argument as the page wants it: a QColor, "#rrggbb" text, or the program's RGB
+// number (red in the low byte).
 QString colourArgument(const QVariant& v) {
     if (v.metaType().id() == QMetaType::QColor)
         return v.value<QColor>().name();
@@ -102,8 +100,7 @@ VisualSurface::VisualSurface(bool editable, QWidget* parent)
     m_page = new SurfacePage(QWebEngineProfile::defaultProfile(), this);
     setPage(m_page);
     m_scripts = new ScriptQueue(m_page, this);
-    // The right button is ours (contextMenuAt); the engine's own menu would offer
-    // navigation.
+    // The right button is ours (contextMenuAt); the engine's own menu would offer navigation.
     setContextMenuPolicy(Qt::NoContextMenu);
     installEventFilter(this); // drops reach the view itself as well as its focus proxy
 
@@ -131,8 +128,7 @@ VisualSurface::VisualSurface(bool editable, QWidget* parent)
             Qt::QueuedConnection);
     connect(m_page, &QWebEnginePage::renderProcessTerminated, this,
             [this](QWebEnginePage::RenderProcessTerminationStatus status, int) {
-                // Edits since the last load are gone with the process; the file is
-                // still there.
+                // Edits since the last load are gone with the process; the file is still there.
                 if (status != QWebEnginePage::NormalTerminationStatus && !m_documentFile.isEmpty())
                     loadDocumentFile();
             });
@@ -143,8 +139,7 @@ VisualSurface::VisualSurface(bool editable, QWidget* parent)
 }
 
 VisualSurface::~VisualSurface() {
-    // Pending script callbacks fire as the page dies; cancelled first, they do
-    // nothing.
+    // Pending script callbacks fire as the page dies; cancelled first, they do nothing.
     m_scripts->cancel();
     delete m_page;
     m_page = nullptr;
@@ -152,8 +147,8 @@ VisualSurface::~VisualSurface() {
         QFile::remove(m_documentFile);
 }
 
-// The bridge delivers from the event loop, so the mirror is up to date before
-// the signal that comes with a caret move.
+// The bridge delivers from the event loop, so the mirror is up to date before the signal that
+// comes with a caret move.
 void VisualSurface::connectBridge() {
     connect(m_bridge, &SurfaceBridge::readyReported, this, [this](const QString& href) {
         if (!m_page->isExpected(QUrl(href)))
@@ -191,11 +186,10 @@ void VisualSurface::connectBridge() {
 }
 
 void VisualSurface::installBridgeScripts() {
-    // Both scripts live in ApplicationWorld, which runs although page JavaScript
-    // is off (checked on Qt 6.4: user scripts, runJavaScript, events,
-    // MutationObserver, microtasks and requestAnimationFrame work there; only
-    // timers are dropped). qwebchannel.js comes first, at document creation, so
-    // the bridge finds QWebChannel when the DOM is ready.
+    // Both scripts live in ApplicationWorld, which runs although page JavaScript is off
+    // (checked on Qt 6.4: user scripts, runJavaScript, events, MutationObserver, microtasks and
+    // requestAnimationFrame work there; only timers are dropped). qwebchannel.js comes first,
+    // at document creation, so the bridge finds QWebChannel when the DOM is ready.
     QWebEngineScript channel;
     channel.setName(QStringLiteral("quillora-webchannel"));
     channel.setSourceCode(resourceText(QStringLiteral(":/qtwebchannel/qwebchannel.js")));
@@ -204,8 +198,7 @@ void VisualSurface::installBridgeScripts() {
     channel.setRunsOnSubFrames(false);
     m_page->scripts().insert(channel);
 
-    // One script, so the order of the operation files cannot depend on the
-    // collection.
+    // One script, so the order of the operation files cannot depend on the collection.
     QString source = resourceText(QStringLiteral(":/quillora/bridge/bridge.js"));
     QDir ops(QStringLiteral(":/quillora/bridge/ops"));
     for (const QString& name : ops.entryList({QStringLiteral("*.js")}, QDir::Files, QDir::Name))
@@ -229,9 +222,8 @@ bool VisualSurface::setDocumentHTML(const QString& html, const QString& workFold
     QDir dir(folder);
     if (!dir.mkpath(QStringLiteral(".")))
         return false;
-    // Not setHtml: it fails above 2 MB, and a file gives relative references
-    // their folder. Each surface has its own file, as the visual page and the
-    // preview share a folder.
+    // Not setHtml: it fails above 2 MB, and a file gives relative references their folder.
+    // Each surface has its own file, as the visual page and the preview share a folder.
     const QString file = QDir::cleanPath(dir.absoluteFilePath(
         QStringLiteral(".quillora-%1-%2.html")
             .arg(m_editable ? QLatin1String("visual") : QLatin1String("preview"))
@@ -239,8 +231,8 @@ bool VisualSurface::setDocumentHTML(const QString& html, const QString& workFold
     QSaveFile out(file);
     if (!out.open(QIODevice::WriteOnly))
         return false;
-    // A byte order mark outranks any charset the document declares, so the UTF-8
-    // we write is read as UTF-8.
+    // A byte order mark outranks any charset the document declares, so the UTF-8 we write is
+    // read as UTF-8.
     out.write("\xEF\xBB\xBF");
     out.write(html.toUtf8());
     if (!out.commit())
@@ -260,9 +252,8 @@ void VisualSurface::loadDocumentFile() {
     m_scripts->cancel();
     m_stateDebounce.stop();
 
-    // The load's number in the query tells this load apart from any earlier one
-    // of the same file, for the navigation filter and for the bridge's ready
-    // call.
+    // The load's number in the query tells this load apart from any earlier one of the same
+    // file, for the navigation filter and for the bridge's ready call.
     QUrl url = QUrl::fromLocalFile(m_documentFile);
     url.setQuery(QStringLiteral("g=%1").arg(m_loads));
     m_documentUrl = url;
@@ -280,8 +271,8 @@ void VisualSurface::maybeComplete() {
     m_scripts->start(
         QStringLiteral("quillora.start(%1)")
             .arg(QString::fromUtf8(QJsonDocument(config).toJson(QJsonDocument::Compact))));
-    // Queued like every signal of ours: handlers run from the event loop, never
-    // inside one of the engine's callbacks.
+    // Queued like every signal of ours: handlers run from the event loop, never inside one of
+    // the engine's callbacks.
     const quint64 load = m_loads;
     QMetaObject::invokeMethod(
         this,
@@ -352,82 +343,51 @@ std::optional<QString> VisualSurface::documentHTML(int timeoutMs) {
 }
 
 void VisualSurface::execCommand(int decmd, const QVariant& argument) {
-    switch (decmd) {
-    case DECMD_UNDO:
-        queueAction(QWebEnginePage::Undo);
+    const DhtmlCommand* command = findDhtmlCommand(decmd);
+    if (!command) {
+        qWarning("VisualSurface: unknown command code %d", decmd);
         return;
-    case DECMD_REDO:
-        queueAction(QWebEnginePage::Redo);
+    }
+    const QString name = QString::fromLatin1(command->name);
+    const QString execCommand = QStringLiteral("execCommand");
+    switch (command->kind) {
+    case DhtmlKind::PageAction:
+        m_scripts->enqueueAction(webAction(command->action), [name](int token) {
+            return bridgeScript({QStringLiteral("armAction"), token, name});
+        });
         return;
-    case DECMD_CUT:
-        queueAction(QWebEnginePage::Cut);
+    case DhtmlKind::BridgeOperation:
+        callBridge({name, QString::fromLatin1(command->argument)});
         return;
-    case DECMD_COPY:
-        queueAction(QWebEnginePage::Copy);
+    case DhtmlKind::Command:
+        callBridge({execCommand, name});
         return;
-    case DECMD_PASTE:
-        queueAction(QWebEnginePage::Paste);
+    case DhtmlKind::CommandWithText:
+        callBridge({execCommand, name, argument.toString()});
         return;
-    case DECMD_SELECTALL:
-        queueAction(QWebEnginePage::SelectAll);
+    case DhtmlKind::CommandWithColour:
+        callBridge({execCommand, name, colourArgument(argument)});
         return;
-    case DECMD_FINDTEXT:
-        findText(argument.toString());
-        return;
-    case DECMD_INSERTROW:
-        callBridge({QStringLiteral("tableEdit"), QStringLiteral("insertRow")});
-        return;
-    case DECMD_INSERTCOL:
-        callBridge({QStringLiteral("tableEdit"), QStringLiteral("insertCol")});
-        return;
-    case DECMD_DELETEROWS:
-        callBridge({QStringLiteral("tableEdit"), QStringLiteral("deleteRow")});
-        return;
-    case DECMD_DELETECOLS:
-        callBridge({QStringLiteral("tableEdit"), QStringLiteral("deleteCol")});
-        return;
-    case DECMD_GETFONTNAME:
-    case DECMD_GETFONTSIZE:
-    case DECMD_GETFORECOLOR:
-        // Answered by the mirror: state().fontName, fontSize, foreColor.
-        m_stateDebounce.start();
-        return;
-    case DECMD_IMAGE:
-    case DECMD_HYPERLINK: {
+    case DhtmlKind::CommandWithAddress: {
         QString address = argument.toString();
         if (address.isEmpty()) {
-            const bool image = decmd == DECMD_IMAGE;
-            const std::optional<QString> asked =
-                dialogs().askText(this, image ? tr("Image") : tr("Hyperlink"),
-                                  image ? tr("Image address:") : tr("Link address:"), QString());
+            const std::optional<QString> asked = dialogs().askText(
+                this, tr(command->promptTitle), tr(command->promptLabel), QString());
             if (!asked || asked->isEmpty())
                 return;
             address = *asked;
         }
-        callBridge(
-            {QStringLiteral("execCommand"), QString::fromLatin1(execCommandName(decmd)), address});
+        callBridge({execCommand, name, address});
         return;
     }
-    case DECMD_SETFORECOLOR:
-        callBridge(
-            {QStringLiteral("execCommand"), QStringLiteral("foreColor"), colourArgument(argument)});
+    case DhtmlKind::FindText:
+        findText(argument.toString());
         return;
-    default:
-        break;
-    }
-    if (const char* name = execCommandName(decmd)) {
-        callBridge({QStringLiteral("execCommand"), QString::fromLatin1(name),
-                    argument.isValid() ? QJsonValue(argument.toString()) : QJsonValue()});
+    case DhtmlKind::StateQuery:
+        // Answered by the mirror (state().fontName, fontSize, foreColor), read afresh.
+        m_stateDebounce.start();
         return;
     }
-    qWarning("VisualSurface: unknown command code %d", decmd);
-}
-
-void VisualSurface::queueAction(QWebEnginePage::WebAction action) {
-    m_scripts->enqueueAction(action, [action](int token) {
-        return bridgeScript(
-            {QStringLiteral("armAction"), token, QString::fromLatin1(actionName(action))});
-    });
 }
 
 void VisualSurface::insertHtml(const QString& html) {
@@ -445,8 +405,7 @@ void VisualSurface::setShowDetails(bool on) {
 }
 
 void VisualSurface::printDocument() {
-    // Nobody can answer a print dialog on the offscreen platform (tests, batch
-    // runs).
+    // Nobody can answer a print dialog on the offscreen platform (tests, batch runs).
     if (QGuiApplication::platformName() == QLatin1String("offscreen") || m_printer)
         return;
     auto printer = std::make_unique<QPrinter>(QPrinter::HighResolution);
@@ -503,8 +462,7 @@ void VisualSurface::applyState(const QVariantMap& map) {
 }
 
 void VisualSurface::childEvent(QChildEvent* event) {
-    // The engine's input widget (the focus proxy) can be replaced; each one gets
-    // the filter.
+    // The engine's input widget (the focus proxy) can be replaced; each one gets the filter.
     if (event->added() && event->child()->isWidgetType())
         event->child()->installEventFilter(this);
     QWebEngineView::childEvent(event);
@@ -515,9 +473,8 @@ bool VisualSurface::eventFilter(QObject* watched, QEvent* event) {
     case QEvent::DragEnter:
     case QEvent::DragMove:
     case QEvent::Drop: {
-        // Files and addresses from outside never enter the page (the engine would
-        // write their address into an editable page). Text and HTML dragged within
-        // the page still move.
+        // Files and addresses from outside never enter the page (the engine would write their
+        // address into an editable page). Text and HTML dragged within the page still move.
         auto* drop = static_cast<QDropEvent*>(event);
         if (drop->mimeData() && drop->mimeData()->hasUrls()) {
             drop->setDropAction(Qt::IgnoreAction);

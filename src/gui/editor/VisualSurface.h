@@ -25,12 +25,11 @@ class ScriptQueue;
 class SurfaceBridge;
 class SurfacePage;
 
-// The visual editing page (editable) and the preview (read-only): a web view
-// whose own page scripts never run; our bridge script talks to C++ over a web
-// channel in a separate world. Writes are queued in order and run once the page
-// has loaded; reads of the caret come from a mirror (state()). Every signal is
-// delivered from the event loop, never from inside one of the engine's
-// callbacks, and the events that come with a caret move (clicked, edited,
+// The visual editing page (editable) and the preview (read-only): a web view whose own page
+// scripts never run; our bridge script talks to C++ over a web channel in a separate world.
+// Writes are queued in order and run once the page has loaded; reads of the caret come from a
+// mirror (state()). Every signal is delivered from the event loop, never from inside one of the
+// engine's callbacks, and the events that come with a caret move (clicked, edited,
 // leftMouseUp) find the mirror already up to date.
 class VisualSurface : public QWebEngineView {
     Q_OBJECT
@@ -40,31 +39,27 @@ public:
 
     bool isEditable() const { return m_editable; }
 
-    // Writes the HTML into a file of workFolder and loads it, so relative
-    // references resolve there. documentComplete() follows. False (old document
-    // kept) when the file cannot be written. An empty workFolder uses a private
-    // temporary folder.
+    // Writes the HTML into a file of workFolder and loads it, so relative references resolve
+    // there. documentComplete() follows. False (old document kept) when the file cannot be
+    // written. An empty workFolder uses a private temporary folder.
     bool setDocumentHTML(const QString& html, const QString& workFolder);
     // Loaded, and the bridge answers.
     bool isReady() const { return m_ready; }
     QUrl documentUrl() const { return m_documentUrl; }
 
-    // The whole document as text, after every write queued before it. done is not
-    // called when the page goes away before answering.
+    // The whole document as text, after every write queued before it. done is not called when
+    // the page goes away before answering.
     void fetchDocumentHTML(std::function<void(const QString&)> done);
-    // The one blocking read, for save, close and page switch: waits without user
-    // input, never nests (nullopt when another wait is under way anywhere) and
-    // gives nullopt on timeout. Refused (nullopt) inside a fetchDocumentHTML
-    // callback, where the engine could not answer.
+    // The one blocking read, for save, close and page switch: waits without user input, never
+    // nests (nullopt when another wait is under way anywhere) and gives nullopt on timeout.
+    // Refused (nullopt) inside a fetchDocumentHTML callback, where the engine could not answer.
     std::optional<QString> documentHTML(int timeoutMs = 10000);
 
-    // A DECMD_* code. IMAGE, HYPERLINK and FINDTEXT ask the user when argument is
-    // empty.
+    // A DECMD_* code. IMAGE, HYPERLINK and FINDTEXT ask the user when argument is empty.
     void execCommand(int decmd, const QVariant& argument = {});
-    // At the caret, through the page's own insertHTML so its undo stays coherent;
-    // before the user has placed a caret, at the start of the body. Nothing
-    // happens when the caret is in no editable place (outside the body, or in the
-    // preview).
+    // At the caret, through the page's own insertHTML so its undo stays coherent; before the
+    // user has placed a caret, at the start of the body. Nothing happens when the caret is in
+    // no editable place (outside the body, or in the preview).
     void insertHtml(const QString& html);
     void setShowBorders(bool on);
     void setShowDetails(bool on);
@@ -77,8 +72,8 @@ public:
     // Reloads every image by clearing and restoring its src.
     void refreshImages();
 
-    // Caret placement (the tag bar, tests): inside the first element matching a
-    // CSS selector, before its child number offset (clamped to its child count).
+    // Caret placement (the tag bar, tests): inside the first element matching a CSS selector,
+    // before its child number offset (clamped to its child count).
     void placeCaret(const QString& selector, int offset);
     // Selects the contents of the first element matching a CSS selector.
     void selectContents(const QString& selector);
@@ -88,8 +83,7 @@ public:
 signals:
     void documentComplete();
     void stateChanged();
-    void edited(); // the visual page had a key released or an input (not our own
-                   // commands)
+    void edited(); // the visual page had a key released or an input (not our own commands)
     void clicked();
     void mouseMoved(int x, int y); // page coordinates, throttled to one per frame
     void leftMouseUp();            // after an image under the pointer got its shown size
@@ -104,10 +98,8 @@ protected:
 private:
     void installBridgeScripts();
     void loadDocumentFile();
-    // Queues quillora.call([name, args...]); args travel as JSON, never as script
-    // text.
+    // Queues quillora.call([name, args...]); args travel as JSON, never as script text.
     void callBridge(const QJsonArray& call, std::function<void(const QVariant&)> done = {});
-    void queueAction(QWebEnginePage::WebAction action);
     void readState();
     void applyState(const QVariantMap& map);
     void maybeComplete();
