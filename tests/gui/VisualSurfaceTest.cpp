@@ -1,5 +1,5 @@
-#include "gui/editor/VisualSurface.h"
 #include "core/editor/DhtmlCommands.h"
+#include "gui/editor/VisualSurface.h"
 
 #include <QApplication>
 #include <QColor>
@@ -15,10 +15,13 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <QWebEngineScript>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
+#include <optional>
 
 // Readable failures: the text, not its bytes.
 static void PrintTo(const QString& s, std::ostream* os) {
@@ -91,6 +94,16 @@ protected:
         return html.value_or(QString());
     }
 
+    // A script's answer, straight from the page's application world (not through the surface's
+    // queue): for facts the document's HTML cannot tell, such as whether an image has loaded.
+    static QVariant evaluate(VisualSurface& s, const QString& script) {
+        auto result = std::make_shared<std::optional<QVariant>>();
+        s.page()->runJavaScript(script, QWebEngineScript::ApplicationWorld,
+                                [result](const QVariant& v) { *result = v; });
+        EXPECT_TRUE(QTest::qWaitFor([&] { return result->has_value(); }, kWaitMs))
+            << script.toStdString();
+        return result->value_or(QVariant());
+    }
     // Waits until the mirror satisfies pred; false when it never does.
     template <typename Pred> bool stateUntil(VisualSurface& s, Pred pred) {
         QSignalSpy changed(&s, &VisualSurface::stateChanged);
@@ -474,19 +487,26 @@ struct TableCase {
 class VisualSurfaceTable : public VisualSurfaceTest,
                            public testing::WithParamInterface<TableCase> {};
 
-TEST_P(VisualSurfaceTable, EditsTheTableAtTheCaret) {
+// Each edit is one step of the page's undo, which gives back the document to the byte.
+TEST_P(VisualSurfaceTable, EditsTheTableAtTheCaretInOneUndoStep) {
     auto s = make(true);
     ASSERT_TRUE(load(*s, page(QStringLiteral("<table><tbody>"
                                              "<tr><td id=\"a\">a</td><td id=\"b\">b</td></tr>"
                                              "<tr><td id=\"c\">c</td><td id=\"d\">d</td></tr>"
                                              "</tbody></table><p id=\"out\">out</p>"))));
+    const QString before = read(*s);
     s->placeCaret(QString::fromLatin1(GetParam().caretIn), 0);
     s->execCommand(GetParam().decmd);
     const QString expected = QString::fromLatin1(GetParam().expected);
     const QString table = expected.isEmpty() ? QString()
                                              : QStringLiteral("<table><tbody>") + expected +
                                                    QStringLiteral("</tbody></table>");
-    EXPECT_EQ(bodyOf(read(*s)), table + QStringLiteral("<p id=\"out\">out</p>"));
+    const QString after = read(*s);
+    EXPECT_EQ(bodyOf(after), table + QStringLiteral("<p id=\"out\">out</p>"));
+    s->execCommand(DECMD_UNDO);
+    EXPECT_EQ(read(*s), before);
+    s->execCommand(DECMD_REDO);
+    EXPECT_EQ(read(*s), after);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -514,15 +534,80 @@ INSTANTIATE_TEST_SUITE_P(
                               "<tr><td id=\"c\">c</td><td id=\"d\">d</td></tr>"}),
     [](const testing::TestParamInfo<TableCase>& info) { return std::string(info.param.name); });
 
-TEST_F(VisualSurfaceTest, DeletingEveryRowRemovesTheTable) {
+class VisualSurfaceNewsletterTable : public VisualSurfaceTest,
+                                     public testing::WithParamInterface<const char*> {};
+
+// Real newsletters nest tables in cells, between whitespace, inside links and wrappers that the
+// page would tidy away if it were left to itself: only the edited table may change.
+TEST_P(VisualSurfaceNewsletterTable, ARowInsertedChangesOnlyItsTable) {
+    QFile index(QStringLiteral(QUILLORA_SOURCE_DIR "/tests/data/html/%1/index.html")
+                    .arg(QLatin1String(GetParam())));
+    ASSERT_TRUE(index.open(QIODevice::ReadOnly));
+    auto s = make(true);
+    ASSERT_TRUE(load(*s, QString::fromUtf8(index.readAll())));
+    const QString selector = QStringLiteral("table table td");
+    const QString tableOf =
+        QStringLiteral("document.querySelector('%1').closest('table').outerHTML").arg(selector);
+    const QString before = read(*s);
+    const QString oldTable = evaluate(*s, tableOf).toString();
+    ASSERT_EQ(before.count(oldTable), 1);
+    s->placeCaret(selector, 0);
+    s->execCommand(DECMD_INSERTROW);
+    const QString after = read(*s);
+    const QString newTable = evaluate(*s, tableOf).toString();
+    EXPECT_EQ(newTable.count(QLatin1String("<tr")), oldTable.count(QLatin1String("<tr")) + 1);
+    EXPECT_EQ(after, QString(before).replace(oldTable, newTable));
+    s->execCommand(DECMD_UNDO);
+    EXPECT_EQ(read(*s), before);
+    s->execCommand(DECMD_REDO);
+    EXPECT_EQ(read(*s), after);
+}
+
+INSTANTIATE_TEST_SUITE_P(VisualSurface, VisualSurfaceNewsletterTable,
+                         testing::Values("cerberus-hybrid", "colorlib-16", "colorlib-legacy-12",
+                                         "leemunroe-responsive-email", "mailchimp-fancy-1-2-3",
+                                         "philwareham-responsive-email",
+                                         "postmark-basic-full-example",
+                                         "sendgrid-merriweather-welcome",
+                                         "sendwithus-goldstar-confirm",
+                                         "sendwithus-oxygen-welcome"),
+                         [](const testing::TestParamInfo<const char*>& info) {
+                             std::string name = info.param;
+                             std::replace(name.begin(), name.end(), '-', '_');
+                             return name;
+                         });
+
+struct TableRemovalCase {
+    const char* name;
+    const char* after;    // what follows the table
+    const char* expected; // the body once its rows are gone
+};
+
+class VisualSurfaceTableRemoval : public VisualSurfaceTest,
+                                  public testing::WithParamInterface<TableRemovalCase> {};
+
+TEST_P(VisualSurfaceTableRemoval, DeletingEveryRowRemovesTheTable) {
     auto s = make(true);
     ASSERT_TRUE(load(*s, page(QStringLiteral("<p>x</p><table><tr><td id=\"a\">a</td></tr>"
-                                             "<tr><td id=\"b\">b</td></tr></table>"))));
+                                             "<tr><td id=\"b\">b</td></tr></table>") +
+                              QString::fromLatin1(GetParam().after))));
+    const QString before = read(*s);
     s->placeCaret(QStringLiteral("#a"), 0);
     s->execCommand(DECMD_DELETEROWS);
     s->execCommand(DECMD_DELETEROWS); // the caret moved to the remaining row
-    EXPECT_EQ(bodyOf(read(*s)), QStringLiteral("<p>x</p>"));
+    EXPECT_EQ(bodyOf(read(*s)), QString::fromLatin1(GetParam().expected));
+    s->execCommand(DECMD_UNDO);
+    s->execCommand(DECMD_UNDO);
+    EXPECT_EQ(read(*s), before);
 }
+
+INSTANTIATE_TEST_SUITE_P(VisualSurface, VisualSurfaceTableRemoval,
+                         testing::Values(TableRemovalCase{"BeforeAParagraph", "<p>out</p>",
+                                                          "<p>x</p><p>out</p>"},
+                                         TableRemovalCase{"AtTheEndOfTheBody", "", "<p>x</p>"}),
+                         [](const testing::TestParamInfo<TableRemovalCase>& info) {
+                             return std::string(info.param.name);
+                         });
 
 // ---- The mirror --------------------------------------------------------------------------
 
@@ -596,7 +681,8 @@ TEST_F(VisualSurfaceTest, PointerEventsOnAnImage) {
     ASSERT_TRUE(clicked.count() > 0 || clicked.wait(kWaitMs));
     EXPECT_EQ(bodyOf(read(*s)), QStringLiteral("<p><img id=\"i\" src=\"pic.png\" "
                                                "style=\"width:120px;height:60px\" width=\"120\" "
-                                               "height=\"60\"></p>"));
+                                               "height=\"60\"></p>"))
+        << read(*s).toStdString();
 
     // Elsewhere on the image, so the engine's click count starts afresh.
     QSignalSpy doubled(s.get(), &VisualSurface::imageDoubleClicked);
@@ -618,6 +704,29 @@ TEST_F(VisualSurfaceTest, PointerEventsOnAnImage) {
     while (!reported() && moved.wait(kWaitMs)) {
     }
     EXPECT_TRUE(reported());
+}
+
+TEST_F(VisualSurfaceTest, AnImageSizedByAClickIsOneUndoStep) {
+    QImage picture(200, 100, QImage::Format_RGB32);
+    picture.fill(Qt::darkGreen);
+    ASSERT_TRUE(picture.save(dir.filePath(QStringLiteral("pic.png"))));
+    auto s = make(true);
+    ASSERT_TRUE(load(*s, page(QStringLiteral("<p>a<img id=\"i\" src=\"pic.png\" "
+                                             "style=\"width:120px;height:60px\" alt=\"\">b</p>"),
+                              QStringLiteral("<style>body{margin:0}p{margin:0}</style>"))));
+    const QString before = read(*s);
+    QSignalSpy leftUp(s.get(), &VisualSurface::leftMouseUp);
+    ASSERT_TRUE(deliver(leftUp, [&] { click(*s, QPoint(40, 30)); }));
+    const QString after = read(*s);
+    EXPECT_EQ(bodyOf(after), QStringLiteral("<p>a<img id=\"i\" src=\"pic.png\" "
+                                            "style=\"width:120px;height:60px\" alt=\"\" "
+                                            "width=\"120\" height=\"60\">b</p>"));
+    // The click leaves the image selected, as the property grid expects.
+    ASSERT_TRUE(stateUntil(*s, [](const SurfaceState& st) { return st.lastTag == "<IMG>"; }));
+    s->execCommand(DECMD_UNDO);
+    EXPECT_EQ(read(*s), before);
+    s->execCommand(DECMD_REDO);
+    EXPECT_EQ(read(*s), after);
 }
 
 TEST_F(VisualSurfaceTest, AClickFindsTheMirrorAlreadyAtTheCaret) {

@@ -86,7 +86,7 @@ signals:
     void edited(); // the visual page had a key released or an input (not our own commands)
     void clicked();
     void mouseMoved(int x, int y); // page coordinates, throttled to one per frame
-    void leftMouseUp();            // after an image under the pointer got its shown size
+    void leftMouseUp();            // after the click, once an image under it got its shown size
     void contextMenuAt(QPoint globalPos);
     void imageDoubleClicked();
     void linkClicked(QUrl url);

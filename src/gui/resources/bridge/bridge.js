@@ -67,9 +67,17 @@ var quillora = (function () {
             }
         });
         document.addEventListener('mouseup', function (e) {
-            if (e.button === 0 && editable)
-                quillora.call(['fitImageSize', e.clientX, e.clientY]);
-            host.mouseUp(e.button, e.clientX, e.clientY, state());
+            if (e.button !== 0 || !editable) {
+                host.mouseUp(e.button, e.clientX, e.clientY, state());
+                return;
+            }
+            // After the click: an image replaced during its own mouseup gets no click event.
+            var x = e.clientX;
+            var y = e.clientY;
+            requestAnimationFrame(function () {
+                quillora.call(['fitImageSize', x, y]);
+                host.mouseUp(0, x, y, state());
+            });
         }, true);
         document.addEventListener('dblclick', function (e) {
             if (e.target && e.target.tagName === 'IMG')
@@ -85,8 +93,47 @@ var quillora = (function () {
         }, true);
     }
 
+    // Our own edits of a table or an image go through the page's editing path, so that its
+    // undo takes each one back in one step: the edited copy replaces the original through
+    // insertHTML (no copy: the original is deleted). Left to itself the page tidies up around
+    // what it removes: it drops a wrapper or whitespace left empty, adds a <br> to hold an empty
+    // line open and turns neighbouring spaces into &nbsp;. Two stand-ins keep the surroundings
+    // as they are while it works: a span before the element, removed afterwards, and a
+    // zero-width text after it, emptied afterwards but left in the tree (empty text is never
+    // written out), because the page's undo puts the original back before that very node.
+    // A marker attribute finds the new element and is removed at once, on the node the page's
+    // undo and redo take out and put back, so it never reaches the document.
+    function replaceElement(original, copy) {
+        var parent = original.parentNode;
+        var before = document.createElement('span');
+        before.textContent = 'x';
+        var after = document.createTextNode('\u200b');
+        parent.insertBefore(before, original);
+        parent.insertBefore(after, original.nextSibling);
+        var sel = document.getSelection();
+        var r = document.createRange();
+        r.selectNode(original);
+        sel.removeAllRanges();
+        sel.addRange(r);
+        var mark = 'data-quillora-replaced';
+        var placed = null;
+        if (copy) {
+            copy.setAttribute(mark, '');
+            document.execCommand('insertHTML', false, copy.outerHTML);
+            placed = document.querySelector('[' + mark + ']');
+            if (placed)
+                placed.removeAttribute(mark);
+        } else {
+            document.execCommand('delete', false, '');
+        }
+        before.remove();
+        after.data = after.data.replace(/\u200b/g, '');
+        return placed;
+    }
+
     return {
         define: function (name, fn) { ops[name] = fn; },
+        replaceElement: replaceElement,
         call: function (message) {
             var fn = ops[message[0]];
             if (!fn)

@@ -1,52 +1,40 @@
 // Rows and columns of the table around the caret: insertRow (after the caret's row, with as
-// many cells), insertCol (after the caret's cell, in every row), deleteRow, deleteCol. The
-// caret moves to a neighbouring cell; a table left without rows goes away.
+// many cells), insertCol (after the caret's cell, in every row), deleteRow, deleteCol. An
+// insertion leaves the caret where it was, a deletion moves it to a neighbouring cell; a table
+// left without rows goes away. The edit is made on a copy that replaces the table in one step
+// of the page's undo.
 quillora.define('tableEdit', function (op) {
     var sel = document.getSelection();
     if (!sel || !sel.rangeCount || !document.body)
         return false;
-    var node = sel.getRangeAt(0).startContainer;
+    var caret = sel.getRangeAt(0);
+    var node = caret.startContainer;
     var el = node.nodeType === Node.ELEMENT_NODE ? node : node.parentElement;
     var cell = el ? el.closest('td, th') : null;
     if (!cell || !document.body.contains(cell) || !cell.isContentEditable)
         return false;
-    var row = cell.parentElement;
-    var table = row.closest('table');
+    var table = cell.parentElement.closest('table');
     if (!table)
         return false;
+    var rowAt = Array.prototype.indexOf.call(table.rows, cell.parentElement);
     var col = cell.cellIndex;
+
+    // The caret as child positions from the table down, to find it again in the new table.
+    var path = [];
+    for (var n = node; n !== table; n = n.parentNode)
+        path.unshift(Array.prototype.indexOf.call(n.parentNode.childNodes, n));
+
+    var copy = table.cloneNode(true);
+    var rows = Array.prototype.slice.call(copy.rows);
+    var row = rows[rowAt];
+    var caretRow = -1; // after a deletion: the row whose cell gets the caret, in the copy
 
     function blank(tagName) {
         var c = document.createElement(tagName);
         c.appendChild(document.createElement('br')); // an empty cell would have no height
         return c;
     }
-    function caretIn(target) {
-        var r = document.createRange();
-        r.setStart(target, 0);
-        r.collapse(true);
-        sel.removeAllRanges();
-        sel.addRange(r);
-    }
-    function caretNear(r) {
-        if (r && r.cells.length)
-            caretIn(r.cells[Math.min(col, r.cells.length - 1)]);
-    }
-    function dropIfEmpty() {
-        if (table.rows.length)
-            return false;
-        var parent = table.parentNode;
-        var index = Array.prototype.indexOf.call(parent.childNodes, table);
-        table.remove();
-        var r = document.createRange();
-        r.setStart(parent, index);
-        r.collapse(true);
-        sel.removeAllRanges();
-        sel.addRange(r);
-        return true;
-    }
 
-    var rows = Array.prototype.slice.call(table.rows);
     switch (op) {
     case 'insertRow': {
         var tr = document.createElement('tr');
@@ -57,21 +45,19 @@ quillora.define('tableEdit', function (op) {
             tr.appendChild(added);
         });
         row.parentNode.insertBefore(tr, row.nextSibling);
-        return true;
+        break;
     }
     case 'insertCol':
         rows.forEach(function (r) {
             var like = r.cells[Math.min(col, r.cells.length - 1)];
             r.insertBefore(blank(like ? like.tagName : 'TD'), r.cells[col + 1] || null);
         });
-        return true;
+        break;
     case 'deleteRow': {
-        var at = rows.indexOf(row);
-        var neighbour = rows[at + 1] || rows[at - 1] || null;
+        var neighbour = rows[rowAt + 1] || rows[rowAt - 1] || null;
         row.remove();
-        if (!dropIfEmpty())
-            caretNear(neighbour);
-        return true;
+        caretRow = neighbour ? Array.prototype.indexOf.call(copy.rows, neighbour) : -1;
+        break;
     }
     case 'deleteCol':
         rows.forEach(function (r) {
@@ -80,9 +66,37 @@ quillora.define('tableEdit', function (op) {
             if (!r.cells.length)
                 r.remove();
         });
-        if (!dropIfEmpty())
-            caretNear(row.isConnected ? row : table.rows[0]);
-        return true;
+        caretRow = row.parentNode ? Array.prototype.indexOf.call(copy.rows, row) : 0;
+        break;
+    default:
+        return false;
     }
-    return false;
+
+    var placed = quillora.replaceElement(table, copy.rows.length ? copy : null);
+    if (!placed)
+        return true; // the table went away with its last row; the page put the caret there
+
+    var target = null;
+    var offset = 0;
+    if (op === 'insertRow' || op === 'insertCol') {
+        target = placed;
+        for (var i = 0; target && i < path.length; ++i)
+            target = target.childNodes[path[i]];
+        offset = caret.startOffset;
+    }
+    if (!target) {
+        var r = placed.rows[Math.max(0, caretRow)];
+        target = r && r.cells.length ? r.cells[Math.min(col, r.cells.length - 1)] : null;
+        offset = 0;
+    }
+    if (target) {
+        var max = target.nodeType === Node.ELEMENT_NODE ? target.childNodes.length
+                                                        : target.length;
+        var at = document.createRange();
+        at.setStart(target, Math.min(offset, max));
+        at.collapse(true);
+        sel.removeAllRanges();
+        sel.addRange(at);
+    }
+    return true;
 });
