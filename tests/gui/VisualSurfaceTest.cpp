@@ -475,6 +475,22 @@ TEST_F(VisualSurfaceTest, InsertHtmlOutsideTheBodyOrInThePreviewDoesNothing) {
     EXPECT_EQ(read(*preview), previewBefore);
 }
 
+// Before the user has placed a caret, a typing style goes to the start of the body, where
+// the page shows its insertion point: the document is untouched until something is typed.
+TEST_F(VisualSurfaceTest, FontNameBeforeAnyCaretStylesWhatIsTypedFirst) {
+    auto s = make(true);
+    ASSERT_TRUE(load(*s, page(QStringLiteral("<p>Hello</p>"))));
+    const QString before = read(*s);
+    s->execCommand(DECMD_SETFONTNAME, QStringLiteral("Verdana"));
+    EXPECT_EQ(read(*s), before);
+    s->activateWindow();
+    s->setFocus();
+    QSignalSpy edited(s.get(), &VisualSurface::edited);
+    ASSERT_TRUE(deliver(edited, [&] { type(*s, QStringLiteral("x")); }));
+    EXPECT_TRUE(bodyOf(read(*s)).startsWith(QLatin1String("<p><font face=\"Verdana\">x")))
+        << read(*s).toStdString();
+}
+
 // ---- Tables ------------------------------------------------------------------------------
 
 struct TableCase {
