@@ -1,5 +1,5 @@
-#include "core/editor/DhtmlCommands.h"
 #include "gui/editor/VisualSurface.h"
+#include "core/editor/DhtmlCommands.h"
 
 #include <QApplication>
 #include <QColor>
@@ -11,6 +11,7 @@
 #include <QMouseEvent>
 #include <QPointer>
 #include <QRegularExpression>
+#include <QSet>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -104,6 +105,18 @@ protected:
             << script.toStdString();
         return result->value_or(QVariant());
     }
+    // The natural width of every image of the page, in document order (0: not loaded).
+    static QList<int> imageWidths(VisualSurface& s) {
+        QList<int> widths;
+        const QVariantList list =
+            evaluate(s, QStringLiteral("Array.prototype.map.call(document.images, "
+                                       "function (i) { return i.complete ? i.naturalWidth : 0; })"))
+                .toList();
+        for (const QVariant& v : list)
+            widths << v.toInt();
+        return widths;
+    }
+
     // Waits until the mirror satisfies pred; false when it never does.
     template <typename Pred> bool stateUntil(VisualSurface& s, Pred pred) {
         QSignalSpy changed(&s, &VisualSurface::stateChanged);
@@ -164,24 +177,29 @@ protected:
 
 // ---- Security baseline -------------------------------------------------------------------
 
-TEST_F(VisualSurfaceTest, MessageScriptsNeverRunInEitherPage) {
+class VisualSurfaceEitherPage : public VisualSurfaceTest,
+                                public testing::WithParamInterface<bool> {};
+
+TEST_P(VisualSurfaceEitherPage, MessageScriptsNeverRun) {
     const QString html =
         page(QStringLiteral("<p id=\"p\">Body</p>"
                             "<script>document.body.setAttribute('data-hacked', '1');</script>"),
              QStringLiteral("<title>Original</title>"
                             "<script>document.title = 'Hacked'; document.write('<i id=w>w</i>');"
                             "</script>"));
-    for (bool editable : {true, false}) {
-        auto s = make(editable);
-        ASSERT_TRUE(load(*s, html)) << editable;
-        const QString back = read(*s);
-        EXPECT_TRUE(back.contains(QLatin1String("<title>Original</title>"))) << back.toStdString();
-        EXPECT_TRUE(back.contains(QLatin1String("</head><body><p id=\"p\">")))
-            << back.toStdString();
-        EXPECT_FALSE(back.contains(QLatin1String("id=\"w\"")));
-        EXPECT_EQ(s->page()->title(), QStringLiteral("Original"));
-    }
+    auto s = make(GetParam());
+    ASSERT_TRUE(load(*s, html));
+    const QString back = read(*s);
+    EXPECT_TRUE(back.contains(QLatin1String("<title>Original</title>"))) << back.toStdString();
+    EXPECT_TRUE(back.contains(QLatin1String("</head><body><p id=\"p\">"))) << back.toStdString();
+    EXPECT_FALSE(back.contains(QLatin1String("id=\"w\"")));
+    EXPECT_EQ(s->page()->title(), QStringLiteral("Original"));
 }
+
+INSTANTIATE_TEST_SUITE_P(VisualSurface, VisualSurfaceEitherPage, testing::Bool(),
+                         [](const testing::TestParamInfo<bool>& info) {
+                             return std::string(info.param ? "Visual" : "Preview");
+                         });
 
 TEST_F(VisualSurfaceTest, LinkClickInThePreviewIsReportedNotFollowed) {
     auto s = make(false);
@@ -290,6 +308,7 @@ TEST_F(VisualSurfaceTest, RelativeAndAbsoluteImagesResolve) {
     ASSERT_TRUE(load(*s, page(QStringLiteral("<img src=\"red.png\"><img src=\"%1\">").arg(bluePath),
                               QStringLiteral("<style>body{margin:0;background:#fff}img{display:"
                                              "block}</style>"))));
+    EXPECT_EQ(imageWidths(*s), QList<int>({40, 40}));
     // Painting follows the load; a frame with both images is waited for, not assumed.
     const QImage shot = grabWhen(*s, [](const QImage& img) {
         return img.pixelColor(10, 10) == QColor(Qt::red) &&
@@ -491,6 +510,21 @@ TEST_F(VisualSurfaceTest, FontNameBeforeAnyCaretStylesWhatIsTypedFirst) {
         << read(*s).toStdString();
 }
 
+// Every command name the surface hands to the page's execCommand is one the page knows.
+TEST_F(VisualSurfaceTest, ThePageSupportsEveryCommandNameOfTheTable) {
+    auto s = make(true);
+    ASSERT_TRUE(load(*s, page(QStringLiteral("<p>x</p>"))));
+    for (const DhtmlCommand& c : dhtmlCommands()) {
+        if (c.kind != DhtmlKind::Command && c.kind != DhtmlKind::CommandWithText &&
+            c.kind != DhtmlKind::CommandWithColour && c.kind != DhtmlKind::CommandWithAddress)
+            continue;
+        EXPECT_EQ(evaluate(*s, QStringLiteral("document.queryCommandSupported('%1')")
+                                   .arg(QLatin1String(c.name))),
+                  QVariant(true))
+            << c.name;
+    }
+}
+
 // ---- Tables ------------------------------------------------------------------------------
 
 struct TableCase {
@@ -627,47 +661,62 @@ INSTANTIATE_TEST_SUITE_P(VisualSurface, VisualSurfaceTableRemoval,
 
 // ---- The mirror --------------------------------------------------------------------------
 
-TEST_F(VisualSurfaceTest, TagPathOfACaretInATableCell) {
-    auto s = make(true);
-    ASSERT_TRUE(load(*s, page(QStringLiteral("<table><tr><td id=\"42\">cell</td></tr></table>"))));
-    s->placeCaret(QStringLiteral("td"), 1);
-    ASSERT_TRUE(stateUntil(*s, [](const SurfaceState& st) { return st.lastTag == "<TD>"; }));
-    EXPECT_EQ(s->state().tagPath,
-              QStringList({"<HTML>", "<BODY>", "<TABLE>", "<TBODY>", "<TR>", "<TD>"}));
-    EXPECT_EQ(s->state().currentTagName, QStringLiteral("TD"));
-    EXPECT_EQ(s->state().currentId, 42);
-    EXPECT_FALSE(s->state().hasSelection);
-    // Straight in the body: nothing between the two.
-    s->placeCaret(QStringLiteral("body"), 0);
-    ASSERT_TRUE(stateUntil(*s, [](const SurfaceState& st) { return st.lastTag == "<BODY>"; }));
-    EXPECT_EQ(s->state().tagPath, QStringList({"<HTML>", "<BODY>"}));
-    EXPECT_EQ(s->state().currentId, 0);
+struct CaretCase {
+    std::string name;
+    QString body;
+    QString selector;
+    int offset; // the caret's child offset; -1 selects the element's contents
+    QString tagPath;
+    QString tagName;
+    int id;
+};
+
+void PrintTo(const CaretCase& c, std::ostream* os) {
+    *os << c.name;
 }
 
-TEST_F(VisualSurfaceTest, TagPathKeepsTheSixteenInnermostLevels) {
+class VisualSurfaceCaret : public VisualSurfaceTest,
+                           public testing::WithParamInterface<CaretCase> {};
+
+TEST_P(VisualSurfaceCaret, TheMirrorFollows) {
+    const CaretCase& c = GetParam();
+    auto s = make(true);
+    ASSERT_TRUE(load(*s, page(c.body)));
+    if (c.offset < 0)
+        s->selectContents(c.selector);
+    else
+        s->placeCaret(c.selector, c.offset);
+    const QString last = c.tagPath.mid(c.tagPath.lastIndexOf(u'<'));
+    ASSERT_TRUE(stateUntil(*s, [&](const SurfaceState& st) { return st.lastTag == last; }));
+    EXPECT_EQ(s->state().tagPath.join(QString()), c.tagPath);
+    EXPECT_EQ(s->state().currentTagName, c.tagName);
+    EXPECT_EQ(s->state().currentId, c.id);
+    EXPECT_EQ(s->state().hasSelection, c.offset < 0);
+}
+
+std::vector<CaretCase> caretCases() {
+    const QString cell = QStringLiteral("<table><tr><td id=\"42\">cell</td></tr></table>");
     QString nested;
     for (int i = 0; i < 20; ++i)
         nested += QStringLiteral("<div>");
     nested += QStringLiteral("<span id=\"deep\">deep</span>");
     for (int i = 0; i < 20; ++i)
         nested += QStringLiteral("</div>");
-    auto s = make(true);
-    ASSERT_TRUE(load(*s, page(nested)));
-    s->placeCaret(QStringLiteral("#deep"), 1);
-    ASSERT_TRUE(stateUntil(*s, [](const SurfaceState& st) { return st.lastTag == "<SPAN>"; }));
-    QStringList expected(15, QStringLiteral("<DIV>"));
-    expected << QStringLiteral("<SPAN>");
-    EXPECT_EQ(s->state().tagPath, expected);
+    return {
+        {"InATableCell", cell, "td", 1, "<HTML><BODY><TABLE><TBODY><TR><TD>", "TD", 42},
+        {"StraightInTheBody", cell, "body", 0, "<HTML><BODY>", "BODY", 0},
+        {"SixteenInnermostLevels", nested, "#deep", 1,
+         QStringLiteral("<DIV>").repeated(15) + QStringLiteral("<SPAN>"), "SPAN", 0},
+        {"ASelectedImageIsTheElement",
+         QStringLiteral("<p><img id=\"7\" src=\"none.png\" alt=\"\"></p>"), "p", -1,
+         "<HTML><BODY><P><IMG>", "IMG", 7},
+    };
 }
 
-TEST_F(VisualSurfaceTest, SelectedImageIsTheCurrentElement) {
-    auto s = make(true);
-    ASSERT_TRUE(load(*s, page(QStringLiteral("<p><img id=\"7\" src=\"none.png\" alt=\"\"></p>"))));
-    s->selectContents(QStringLiteral("p"));
-    ASSERT_TRUE(stateUntil(*s, [](const SurfaceState& st) { return st.lastTag == "<IMG>"; }));
-    EXPECT_EQ(s->state().currentId, 7);
-    EXPECT_TRUE(s->state().hasSelection);
-}
+INSTANTIATE_TEST_SUITE_P(VisualSurface, VisualSurfaceCaret, testing::ValuesIn(caretCases()),
+                         [](const testing::TestParamInfo<CaretCase>& info) {
+                             return info.param.name;
+                         });
 
 TEST_F(VisualSurfaceTest, FontAndColourQueriesAnswerThroughTheMirror) {
     auto s = make(true);
@@ -792,6 +841,15 @@ TEST_F(VisualSurfaceTest, NewsletterScreenshots) {
     // The text survives the page untouched by our view sheets.
     EXPECT_TRUE(read(*visual).contains(QLatin1String("src=\"images/bg_1.jpg\"")));
 
+    // What the pictures are for: both pages show the newsletter with every image loaded.
+    const qsizetype imageTags = html.count(QLatin1String("<img"));
+    ASSERT_GE(imageTags, 8);
+    for (VisualSurface* s : {visual.get(), preview.get()}) {
+        const QList<int> widths = imageWidths(*s);
+        EXPECT_EQ(widths.size(), imageTags);
+        EXPECT_FALSE(widths.contains(0)) << s->isEditable();
+    }
+
     const QString shots = QStringLiteral(QUILLORA_BINARY_DIR "/screenshots");
     ASSERT_TRUE(QDir().mkpath(shots));
     // Frames are waited for, not assumed: the preview until it shows the page, the visual page
@@ -802,8 +860,23 @@ TEST_F(VisualSurfaceTest, NewsletterScreenshots) {
     const QImage visualShot =
         grabWhen(*visual, [&](const QImage& img) { return img != previewShot; });
     EXPECT_NE(visualShot, previewShot);
-    // The preview again, now that its layout has long settled, for the eye.
-    EXPECT_TRUE(preview->grab().save(shots + QStringLiteral("/preview-surface.png")));
+    // A photograph is drawn where the page put it: a flat background has a few colours.
+    const QVariantList box =
+        evaluate(*preview, QStringLiteral("(function () { var r = document.querySelector("
+                                          "'img[alt=\"Kris Stanner\"]').getBoundingClientRect();"
+                                          " return [r.left, r.top, r.width, r.height]; })()"))
+            .toList();
+    ASSERT_EQ(box.size(), 4);
+    const QRect photo = QRect(box[0].toInt(), box[1].toInt(), box[2].toInt(), box[3].toInt())
+                            .intersected(previewShot.rect());
+    ASSERT_GT(photo.width() * photo.height(), 10000);
+    QSet<QRgb> colours;
+    for (int y = photo.top(); y <= photo.bottom(); y += 2) {
+        for (int x = photo.left(); x <= photo.right(); x += 2)
+            colours.insert(previewShot.pixel(x, y));
+    }
+    EXPECT_GT(colours.size(), 100);
+    EXPECT_TRUE(previewShot.save(shots + QStringLiteral("/preview-surface.png")));
     EXPECT_TRUE(visualShot.save(shots + QStringLiteral("/visual-surface.png")));
 }
 
