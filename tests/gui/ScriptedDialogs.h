@@ -5,6 +5,7 @@
 #include "gui/app/frmMessage.h"
 
 #include <QList>
+#include <QPrinter>
 #include <QString>
 #include <QStringList>
 #include <functional>
@@ -28,6 +29,8 @@ public:
     std::function<int(const quillora::gui::MessageRequest&)> onAnswer;
     // Unset: every file question is cancelled.
     std::function<QString(const FileQuestion&)> onFile;
+    // Unset: every print is cancelled; set, the page is printed to that PDF file.
+    QString printToPdf;
     // Unset: every colour question is cancelled.
     std::function<std::optional<QColor>(const QColor& initial)> onColor;
     // Unset: every text question is cancelled.
@@ -52,6 +55,13 @@ public:
     std::optional<QString> askText(QWidget*, const QString&, const QString& label,
                                    const QString&) override {
         return onText ? onText(label) : std::nullopt;
+    }
+    bool setUpPrinter(QWidget*, QPrinter& printer) override {
+        if (printToPdf.isEmpty())
+            return false;
+        printer.setOutputFormat(QPrinter::PdfFormat);
+        printer.setOutputFileName(printToPdf);
+        return true;
     }
     int answer(const quillora::gui::MessageRequest& request) override {
         using namespace quillora::gui;

@@ -7,8 +7,11 @@
 
 #include <QColorDialog>
 #include <QFileDialog>
+#include <QGuiApplication>
 #include <QInputDialog>
 #include <QMessageBox>
+#include <QPrintDialog>
+#include <QPrinter>
 
 namespace quillora::gui {
 
@@ -38,6 +41,14 @@ std::optional<QString> Dialogs::askText(QWidget* parent, const QString& title, c
     if (!ok)
         return std::nullopt;
     return text;
+}
+
+bool Dialogs::setUpPrinter(QWidget* parent, QPrinter& printer) {
+    // Nobody can answer a print dialog on the offscreen platform (batch runs).
+    if (QGuiApplication::platformName() == QLatin1String("offscreen"))
+        return false;
+    QPrintDialog dialog(&printer, parent);
+    return dialog.exec() == QDialog::Accepted;
 }
 
 int Dialogs::answer(const MessageRequest& request) {

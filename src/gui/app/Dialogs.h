@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 
+class QPrinter;
 class QWidget;
 
 namespace quillora::gui {
@@ -30,6 +31,9 @@ public:
     // One line of text; nullopt when the user cancels.
     virtual std::optional<QString> askText(QWidget* parent, const QString& title,
                                            const QString& label, const QString& initial);
+
+    // The printer and its settings for a print; false when the user cancels.
+    virtual bool setUpPrinter(QWidget* parent, QPrinter& printer);
 
     // A filled message box (request.box) is shown modally; the id of the button chosen, or 0
     // when the box was closed without one.

@@ -17,7 +17,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QMimeData>
-#include <QPrintDialog>
 #include <QPrinter>
 #include <QSaveFile>
 #include <QTemporaryDir>
@@ -405,12 +404,10 @@ void VisualSurface::setShowDetails(bool on) {
 }
 
 void VisualSurface::printDocument() {
-    // Nobody can answer a print dialog on the offscreen platform (tests, batch runs).
-    if (QGuiApplication::platformName() == QLatin1String("offscreen") || m_printer)
-        return;
+    if (m_printer)
+        return; // one print at a time
     auto printer = std::make_unique<QPrinter>(QPrinter::HighResolution);
-    QPrintDialog dialog(printer.get(), this);
-    if (dialog.exec() != QDialog::Accepted)
+    if (!dialogs().setUpPrinter(this, *printer))
         return;
     // The printer must live until the engine has finished with it.
     m_printer = std::move(printer);
