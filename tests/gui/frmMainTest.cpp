@@ -294,6 +294,48 @@ TEST_F(frmMainTest, DoubleClickOnAnImageOffersToEditItsFile) {
     EXPECT_EQ(questions, 0);
 }
 
+// Every load of the visual page sets the font of what is typed at its insertion point, and
+// changes nothing else: the message is not marked changed by it.
+TEST_F(frmMainTest, TextTypedIntoALoadedPageIsVerdanaSizeTwo) {
+    frmMain& w = start();
+    setBody("<html><body><p>Hello</p></body></html>");
+    const QString before = html();
+    ASSERT_TRUE(waitFor([&] { return w.visualPage()->state().fontName.contains("Verdana"); }));
+    EXPECT_EQ(html(), before);
+    EXPECT_FALSE(w.DaSalvare());
+    w.activateWindow();
+    w.visualPage()->setFocus();
+    // The engine drops input that arrives before the page's first frame: repeat the key until
+    // the page reports it.
+    for (int i = 0; i < 10 && !w.DaSalvare(); ++i) {
+        QTest::keyClick(w.visualPage()->focusProxy(), Qt::Key_X);
+        waitFor([&] { return w.DaSalvare(); }, 1000);
+    }
+    EXPECT_TRUE(waitFor([&] {
+        return html().contains(QRegularExpression("<font face=\"Verdana\" size=\"2\">x+</font>"));
+    })) << html().toStdString();
+}
+
+// Printing goes to the printer the user sets up, and prints the page as it stands.
+TEST_F(frmMainTest, PrintWritesThePageToTheChosenPrinter) {
+    frmMain& w = start();
+    setBody("<html><body><p>Spring offers</p></body></html>");
+    scripted().printToPdf = dir.filePath("printed.pdf");
+    QSignalSpy finished(w.visualPage(), &QWebEngineView::printFinished);
+    w.Dks_CommandClick("cmdStampa");
+    ASSERT_TRUE(finished.wait(30000));
+    EXPECT_TRUE(finished.at(0).at(0).toBool());
+    QFile pdf(scripted().printToPdf);
+    ASSERT_TRUE(pdf.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(pdf.read(5) == "%PDF-");
+    EXPECT_FALSE(w.DaSalvare());
+
+    // Cancelled: nothing is printed.
+    scripted().printToPdf.clear();
+    w.Dks_CommandClick("cmdStampa");
+    EXPECT_FALSE(finished.wait(1000));
+}
+
 TEST_F(frmMainTest, HelpOpensTheLanguageGuideOrSaysThereIsNone) {
     frmMain& w = start();
     session().links = Links::parse({"site.English: https://en.example/"});

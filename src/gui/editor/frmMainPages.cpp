@@ -1,5 +1,6 @@
 // The three pages of the main window and how the body moves between them.
 #include "core/editor/CommandTable.h"
+#include "core/editor/DhtmlCommands.h"
 #include "core/message/References.h"
 #include "gui/app/Session.h"
 #include "gui/app/frmMessage.h"
@@ -50,6 +51,11 @@ void frmMain::connectPages() {
     connect(DHTML, &VisualSurface::stateChanged, this, [this] {
         if (m_page == PageVisual)
             CheckButtonMail();
+    });
+    // Every load of the visual page: the font of what is typed at its insertion point.
+    connect(DHTML, &VisualSurface::documentComplete, this, [this] {
+        DHTML->execCommand(DECMD_SETFONTNAME, QStringLiteral("Verdana"));
+        DHTML->execCommand(DECMD_SETFONTSIZE, QStringLiteral("2"));
     });
     connect(DHTML, &VisualSurface::clicked, this, &frmMain::VisualizzaTag);
     connect(DHTML, &VisualSurface::edited, this, [this] {
