@@ -112,8 +112,18 @@ VisualSurface::VisualSurface(bool editable, QWidget* parent)
 
     connect(m_page, &QWebEnginePage::loadingChanged, this,
             [this](const QWebEngineLoadingInfo& info) {
-                if (!m_page->isExpected(info.url()))
+                if (!m_page->isExpected(info.url())) {
+                    // A load asked for while an earlier one was still committing can be
+                    // dropped by the engine without a word (seen on Qt 6.4 under load: the
+                    // earlier one succeeds and ours never starts). Once the earlier one has
+                    // ended, ours is asked for again.
+                    if (info.status() != QWebEngineLoadingInfo::LoadStartedStatus &&
+                        !m_loadStarted && !m_documentFile.isEmpty())
+                        load(m_documentUrl);
                     return;
+                }
+                if (info.status() == QWebEngineLoadingInfo::LoadStartedStatus)
+                    m_loadStarted = true;
                 if (info.status() == QWebEngineLoadingInfo::LoadSucceededStatus) {
                     m_loaded = true;
                     maybeComplete();
@@ -246,7 +256,7 @@ bool VisualSurface::setDocumentHTML(const QString& html, const QString& workFold
 
 void VisualSurface::loadDocumentFile() {
     ++m_loads;
-    m_loaded = m_bridgeReady = m_ready = false;
+    m_loaded = m_bridgeReady = m_ready = m_loadStarted = false;
     // Calls meant for the old document never reach the new one.
     m_scripts->cancel();
     m_stateDebounce.stop();

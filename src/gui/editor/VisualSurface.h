@@ -118,6 +118,7 @@ private:
     QUrl m_documentUrl;
     quint64 m_loads = 0;
     bool m_loaded = false;
+    bool m_loadStarted = false; // the engine has begun the current load
     bool m_bridgeReady = false;
     bool m_ready = false;
     bool m_showBorders = false;
