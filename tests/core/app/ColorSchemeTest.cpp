@@ -1,18 +1,14 @@
+#include "core/TestFiles.h"
 #include "core/app/TextFile.h"
 #include "core/app/bColorStyle.h"
 #include "core/app/bError.h"
 #include "core/app/bFunctions.h"
 
-#include <QFile>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 #include <algorithm>
-
-static void PrintTo(const QString& s, std::ostream* os) {
-    *os << '"' << s.toStdString() << '"';
-}
 
 using namespace quillora;
 using namespace quillora::bColorStyle;
@@ -111,14 +107,9 @@ TEST_F(SchemeFileTest, KeysAreThirtyCharactersAndValuesAreLenient) {
 }
 
 TEST_F(SchemeFileTest, FilesInAnyAcceptedEncodingAreRead) {
-    QFile c(choice());
-    ASSERT_TRUE(c.open(QIODevice::WriteOnly));
-    c.write("[Schema]\nCaff\xe8\n"); // Windows-1252, LF only
-    c.close();
-    QFile s(schemes());
-    ASSERT_TRUE(s.open(QIODevice::WriteOnly));
-    s.write("\xef\xbb\xbf[Caff\xc3\xa8]\r\n" + KeyText(Colour::CLR_BORDER).toLatin1() + "314\r\n");
-    s.close();
+    writeBytes(choice(), "[Schema]\nCaff\xe8\n"); // Windows-1252, LF only
+    writeBytes(schemes(), "\xef\xbb\xbf[Caff\xc3\xa8]\r\n" +
+                              KeyText(Colour::CLR_BORDER).toLatin1() + "314\r\n");
     ColorScheme scheme;
     EXPECT_EQ(read(scheme), QStringLiteral("Caff\u00e8"));
     EXPECT_EQ(scheme.CLR_BORDER, 314);

@@ -1,10 +1,10 @@
 #include "core/app/Folders.h"
+#include "core/TestFiles.h"
 #include "core/app/AccountStore.h"
 #include "core/app/Provisioning.h"
 #include "core/app/TextFile.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -34,9 +34,7 @@ TEST(Folders, WorkingFolderStampAndRemoval) {
     EXPECT_EQ(folder, base + "Elaboration/20261114_090503/");
     EXPECT_TRUE(QFileInfo(folder).isDir());
     EXPECT_EQ(GetPercorsoTemporaneo(base, when), folder); // same second, same folder
-    QFile f(folder + "x.png");
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-    f.close();
+    writeBytes(folder + "x.png");
     CancellaPercorsoTemporaneo(folder);
     EXPECT_FALSE(QFileInfo::exists(folder));
     EXPECT_TRUE(QFileInfo(base + "Elaboration").isDir());
@@ -53,9 +51,7 @@ TEST(Folders, CommandLineIsOneNameWithoutQuotes) {
 
 TEST(Folders, CheckDosFielNameSpellsTheNameAsOnDisk) {
     QTemporaryDir dir;
-    QFile f(dir.filePath("Offerta.mssx"));
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-    f.close();
+    writeBytes(dir.filePath("Offerta.mssx"));
     const QString folder = dir.path() + "/";
     EXPECT_EQ(CheckDosFielName(folder + "offerta.MSSX"), folder + "Offerta.mssx");
     EXPECT_EQ(CheckDosFielName(folder + "Offerta.mssx"), folder + "Offerta.mssx");

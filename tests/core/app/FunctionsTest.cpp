@@ -1,3 +1,4 @@
+#include "core/TestFiles.h"
 #include "core/app/bFunctions.h"
 
 #include <QTemporaryDir>
@@ -55,9 +56,7 @@ TEST(Helpers, FileExistIsTrueOnlyForFiles) {
     EXPECT_FALSE(FileExist(dir.path()));
     EXPECT_FALSE(FileExist(dir.filePath("none")));
     EXPECT_FALSE(FileExist(""));
-    QFile f(dir.filePath("a"));
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-    f.close();
+    writeBytes(dir.filePath("a"));
     EXPECT_TRUE(FileExist(dir.filePath("a")));
 }
 

@@ -1,18 +1,13 @@
+#include "core/TestFiles.h"
 #include "core/app/LanguageKeys.h"
 #include "core/app/TextFile.h"
 #include "core/app/bLANG.h"
 #include "core/editor/CommandTable.h"
 
-#include <QFile>
 #include <QHash>
 #include <QSet>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
-
-// Readable failures: gtest would print a QString as its bytes.
-static void PrintTo(const QString& s, std::ostream* os) {
-    *os << '"' << s.toStdString() << '"';
-}
 
 using namespace quillora;
 using bLANG::TargetKind;
@@ -63,12 +58,6 @@ class LanguageFileTest : public testing::Test {
 protected:
     QString write(const QStringList& lines) {
         EXPECT_TRUE(TextFile::writeLines(file(), lines));
-        return file();
-    }
-    QString writeUtf8(const QStringList& lines) {
-        QFile f(file());
-        EXPECT_TRUE(f.open(QIODevice::WriteOnly));
-        f.write(lines.join("\r\n").toUtf8() + "\r\n");
         return file();
     }
     // The headers and one bVAR section holding the given lines.
@@ -196,10 +185,7 @@ TEST_F(LanguageFileTest, JoinMarkInsideATextShiftsTheFollowingLanguages) {
 
 TEST_F(LanguageFileTest, ProgressFollowsTheBytesOfAUtf16File) {
     const QStringList lines = progressLines();
-    write(lines);
-    QFile f(file());
-    ASSERT_TRUE(f.open(QIODevice::ReadOnly));
-    const QByteArray bytes = f.readAll();
+    const QByteArray bytes = readBytes(write(lines));
     const qint64 size = bytes.size();
 
     // After each line, the position is where the next line starts, the byte-order mark aside.
@@ -217,9 +203,11 @@ TEST_F(LanguageFileTest, ProgressFollowsTheBytesOfAUtf16File) {
 }
 
 TEST_F(LanguageFileTest, ProgressOfAUtf8FileNeverPassesItsSize) {
-    const Loaded got = load(writeUtf8(progressLines()), "English");
+    const QByteArray bytes = progressLines().join("\r\n").toUtf8() + "\r\n";
+    writeBytes(file(), bytes);
+    const Loaded got = load(file(), "English");
     ASSERT_FALSE(got.progress.isEmpty());
-    const qint64 size = QFile(file()).size();
+    const qint64 size = bytes.size();
     qint64 before = 0;
     for (const auto& [at, max] : got.progress) {
         EXPECT_EQ(max, size);

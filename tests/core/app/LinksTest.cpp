@@ -1,7 +1,7 @@
 #include "core/app/Links.h"
+#include "core/TestFiles.h"
 #include "core/app/TextFile.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -85,12 +85,9 @@ TEST(Links, LaterLinesWinAndLinesReadBack) {
 TEST(Links, MissingOrOversizedFileGivesNothing) {
     QTemporaryDir dir;
     EXPECT_EQ(Links::read(dir.filePath("Links.dll")), Links{});
-    QFile big(dir.filePath("big.dll"));
-    ASSERT_TRUE(big.open(QIODevice::WriteOnly));
-    big.write("support: a@b.c\r\n");
-    big.write(QByteArray(Links::kMaxFileBytes, ' '));
-    big.close();
-    EXPECT_EQ(Links::read(big.fileName()), Links{});
+    writeBytes(dir.filePath("big.dll"),
+               "support: a@b.c\r\n" + QByteArray(Links::kMaxFileBytes, ' '));
+    EXPECT_EQ(Links::read(dir.filePath("big.dll")), Links{});
     // Written by the program (UTF-16 with a byte-order mark) reads as well.
     ASSERT_TRUE(TextFile::writeLines(
         dir.filePath("u16.dll"), {QString::fromUtf8("site.Espa\xC3\xB1ol: https://es.example/")}));

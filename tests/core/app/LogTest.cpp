@@ -1,3 +1,4 @@
+#include "core/TestFiles.h"
 #include "core/app/Folders.h"
 #include "core/app/TextFile.h"
 #include "core/app/bError.h"
@@ -25,10 +26,6 @@ protected:
         TextFile::readLines(folders.logFile(), lines);
         return lines;
     }
-    QByteArray logBytes() const {
-        QFile f(folders.logFile());
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-    }
 
     QTemporaryDir dir;
     Folders folders;
@@ -36,7 +33,7 @@ protected:
 
 TEST_F(LogTest, HeaderHasValuesInColumn23AndStartsWithBom) {
     bError::InitError(folders);
-    const QByteArray bytes = logBytes();
+    const QByteArray bytes = readBytes(folders.logFile());
     ASSERT_GE(bytes.size(), 2);
     EXPECT_EQ(uchar(bytes[0]), 0xFF);
     EXPECT_EQ(uchar(bytes[1]), 0xFE);
@@ -66,7 +63,7 @@ TEST_F(LogTest, SecondRunLeavesOnlyItsOwnLines) {
     EXPECT_FALSE(lines.contains("first run only"));
     EXPECT_EQ(lines.filter("Inizio applicazione").size(), 1);
     EXPECT_EQ(lines.last(), "second run");
-    EXPECT_EQ(logBytes().count(QByteArray("\xFF\xFE", 2)), 1);
+    EXPECT_EQ(readBytes(folders.logFile()).count(QByteArray("\xFF\xFE", 2)), 1);
 }
 
 TEST_F(LogTest, StepLinesAndClosingLines) {

@@ -1,7 +1,7 @@
 #include "core/app/MessageMarkup.h"
+#include "core/TestFiles.h"
 
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -100,9 +100,7 @@ TEST(MessageMarkup, ImageToEditFollowsTheSource) {
 
 TEST(MessageMarkup, ImageFileUrlIsDecodedOnlyWhenThatFileExists) {
     QTemporaryDir dir;
-    QFile f(dir.filePath("my pic.png"));
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-    f.close();
+    writeBytes(dir.filePath("my pic.png"));
     const QString encoded = "file://" + dir.path() + "/my%20pic.png";
 #ifndef Q_OS_WIN
     EXPECT_EQ(imageFileToEdit(encoded, "/elsewhere/"), dir.path() + "/my pic.png");

@@ -1,3 +1,4 @@
+#include "core/TestFiles.h"
 #include "core/app/TextFile.h"
 #include "core/app/bError.h"
 #include "core/app/bImpostazioni.h"
@@ -15,11 +16,6 @@ namespace {
 class PlacementTest : public testing::Test {
 protected:
     QString path() const { return dir.filePath("frmQuillora.dll"); }
-    void writeRaw(const QByteArray& bytes) const {
-        QFile f(path());
-        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-        f.write(bytes);
-    }
     WindowPlacement read(WindowPlacement start = {}) const {
         bImpostazioni::LeggiIMP(path(), start);
         return start;
@@ -29,12 +25,10 @@ protected:
 
 TEST_F(PlacementTest, WritesTheSixLinesExactly) {
     ASSERT_TRUE(bImpostazioni::ScriviIMP(path(), {1200, 900, 16500, 11250, 0}));
-    QFile f(path());
-    ASSERT_TRUE(f.open(QIODevice::ReadOnly));
     const QString expected = "[Form frmMain]\r\nmnLeft........: 1200\r\nmnTop.........: 900\r\n"
                              "mnWidth.......: 16500\r\nmnHeight......: 11250\r\n"
                              "mnWindowState.: 0\r\n";
-    EXPECT_EQ(f.readAll(), TextFile::encodeUtf16LE(expected));
+    EXPECT_EQ(readBytes(path()), TextFile::encodeUtf16LE(expected));
 }
 
 TEST_F(PlacementTest, ReadsAnyOrderWithOrWithoutSectionLine) {
@@ -72,16 +66,16 @@ TEST_F(PlacementTest, GarbageNeverCrashesAndKeepsDefaults) {
     for (char& c : binary)
         c = char(rng->bounded(256));
     binary[0] = 'x'; // no byte-order mark by accident
-    writeRaw(binary);
+    writeBytes(path(), binary);
     EXPECT_EQ(read(defaults), defaults);
 
-    writeRaw(QByteArray(10 * 1024 * 1024, '7')); // one 10 MB line of digits, no key
+    writeBytes(path(), QByteArray(10 * 1024 * 1024, '7')); // one 10 MB line of digits, no key
     EXPECT_EQ(read(defaults), defaults);
 
-    writeRaw("mnLeft........: " + QByteArray(10 * 1024 * 1024, '9'));
+    writeBytes(path(), "mnLeft........: " + QByteArray(10 * 1024 * 1024, '9'));
     EXPECT_EQ(read(defaults), defaults) << "an overlong number must not become infinity";
 
-    writeRaw(QByteArray("\xFF\xFEm\0n\0L", 7)); // UTF-16 cut in the middle of a code unit
+    writeBytes(path(), QByteArray("\xFF\xFEm\0n\0L", 7)); // UTF-16 cut in the middle of a code unit
     EXPECT_EQ(read(defaults), defaults);
 
     EXPECT_EQ(read(defaults), defaults);
@@ -148,10 +142,7 @@ TEST_F(FieldNamesTest, MissingOrBrokenFileKeepsNamesAndLogs) {
     bImpostazioni::FieldNames names;
     names.fill("default");
     bImpostazioni::CaricaNomiCampi(path(), names);
-    QFile f(path());
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-    f.write(QByteArray("\xFF\xFEU\0n\0o", 7));
-    f.close();
+    writeBytes(path(), QByteArray("\xFF\xFEU\0n\0o", 7));
     bImpostazioni::CaricaNomiCampi(path(), names);
     for (const QString& n : names)
         EXPECT_EQ(n, "default");

@@ -1,6 +1,6 @@
 #include "core/app/TextFile.h"
+#include "core/TestFiles.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -69,9 +69,7 @@ TEST(TextFile, WritesUtf16LeWithBomAndCrLfAfterEveryLine) {
     QTemporaryDir dir;
     const QString path = dir.filePath("out.txt");
     ASSERT_TRUE(TextFile::writeLines(path, {"Ab", QString::fromUtf8("é")}));
-    QFile f(path);
-    ASSERT_TRUE(f.open(QIODevice::ReadOnly));
-    EXPECT_EQ(f.readAll(),
+    EXPECT_EQ(readBytes(path),
               bytesOf({0xFF, 0xFE, 'A', 0, 'b', 0, '\r', 0, '\n', 0, 0xE9, 0, '\r', 0, '\n', 0}));
 }
 
@@ -80,10 +78,7 @@ TEST(TextFile, AppendAddsBomOnlyToANewFile) {
     const QString path = dir.filePath("log.txt");
     ASSERT_TRUE(TextFile::appendLines(path, {"one"}));
     ASSERT_TRUE(TextFile::appendLines(path, {"two"}));
-    QFile f(path);
-    ASSERT_TRUE(f.open(QIODevice::ReadOnly));
-    const QByteArray all = f.readAll();
-    EXPECT_EQ(all.count(bytesOf({0xFF, 0xFE})), 1);
+    EXPECT_EQ(readBytes(path).count(bytesOf({0xFF, 0xFE})), 1);
     QStringList lines;
     ASSERT_TRUE(TextFile::readLines(path, lines).ok());
     EXPECT_EQ(lines, QStringList({"one", "two"}));

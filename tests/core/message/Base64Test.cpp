@@ -1,3 +1,4 @@
+#include "core/TestFiles.h"
 #include "core/message/clsBase64.h"
 
 #include <QFile>
@@ -275,30 +276,21 @@ class Base64Files : public testing::Test {
 protected:
     QTemporaryDir dir;
     QString path(const char* name) const { return dir.filePath(QString::fromLatin1(name)); }
-    static QByteArray read(const QString& p) {
-        QFile f(p);
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<unreadable>");
-    }
-    static void write(const QString& p, const QByteArray& bytes) {
-        QFile f(p);
-        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-        f.write(bytes);
-    }
 };
 
 TEST_F(Base64Files, EncodeFileRoundTripsThroughConvertiInFile) {
     const QByteArray data = randomBytes(200000, 19);
-    write(path("in.bin"), data);
+    writeBytes(path("in.bin"), data);
     const auto text = clsBase64().ConvertiInBase64(path("in.bin"));
     ASSERT_TRUE(text.has_value());
     ASSERT_TRUE(clsBase64::ConvertiInFile(*text, path("out.bin")).ok());
-    EXPECT_EQ(read(path("out.bin")), data);
+    EXPECT_EQ(readBytes(path("out.bin")), data);
 }
 
 TEST_F(Base64Files, ConvertiInFileOverwritesWithoutShortening) {
-    write(path("same.bin"), "0123456789ABCDEFGHIJ");
+    writeBytes(path("same.bin"), "0123456789ABCDEFGHIJ");
     ASSERT_TRUE(clsBase64::ConvertiInFile(u"aGVsbG8=", path("same.bin")).ok());
-    EXPECT_EQ(read(path("same.bin")), QByteArray("hello56789ABCDEFGHIJ"));
+    EXPECT_EQ(readBytes(path("same.bin")), QByteArray("hello56789ABCDEFGHIJ"));
 }
 
 TEST_F(Base64Files, UnreadableAndUnwritablePathsReportErrors) {
@@ -309,12 +301,12 @@ TEST_F(Base64Files, UnreadableAndUnwritablePathsReportErrors) {
 
     EXPECT_FALSE(clsBase64::ConvertiInFile(u"aGVsbG8=", dir.path()).ok());
     EXPECT_FALSE(clsBase64::ConvertiInFile(u"aGVsbG8=", path("no/such/folder.bin")).ok());
-    write(path("target.bin"), "untouched");
+    writeBytes(path("target.bin"), "untouched");
     ASSERT_TRUE(QFile::link(path("target.bin"), path("link.bin")));
     const auto viaLink = clsBase64::ConvertiInFile(u"aGVsbG8=", path("link.bin"));
     EXPECT_FALSE(viaLink.ok());
     EXPECT_FALSE(viaLink.error.isEmpty());
-    EXPECT_EQ(read(path("target.bin")), QByteArray("untouched"));
+    EXPECT_EQ(readBytes(path("target.bin")), QByteArray("untouched"));
 }
 
 } // namespace

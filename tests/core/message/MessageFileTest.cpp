@@ -1,11 +1,11 @@
 #include "core/message/MessageFile.h"
+#include "core/TestFiles.h"
 #include "core/app/TextFile.h"
 #include "core/app/bError.h"
 #include "core/message/AttachmentList.h"
 #include "core/message/MessageDocument.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -14,18 +14,6 @@
 using namespace quillora;
 
 namespace {
-
-QByteArray readBytes(const QString& path) {
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-void writeBytes(const QString& path, const QByteArray& bytes) {
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile f(path);
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-    f.write(bytes);
-}
 
 QString fileText(const QString& path) {
     return TextFile::decode(readBytes(path)).text;

@@ -1,17 +1,12 @@
 #include "core/message/References.h"
+#include "core/TestFiles.h"
 
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
-#include <QFileInfo>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 #include <map>
-
-// Readable failures: the text, not its code units.
-static void PrintTo(const QString& text, std::ostream* os) {
-    *os << '"' << text.toStdString() << '"';
-}
 
 using namespace quillora;
 using namespace quillora::References;
@@ -89,10 +84,8 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(Normalise, PosixTakesTheReadingThatExists) {
     QTemporaryDir dir;
     const QString base = dir.path() + "/";
-    for (const char* name : {"my pic.png", "a.png", "x%41.png", "xA.png"}) {
-        QFile f(base + name);
-        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-    }
+    for (const char* name : {"my pic.png", "a.png", "x%41.png", "xA.png"})
+        writeBytes(base + name);
     EXPECT_EQ(normalise(u"my%20pic.png", base, P).path, base + "my pic.png");
     EXPECT_EQ(normalise(u"a.png?v=2", base, P).path, base + "a.png");
     EXPECT_EQ(normalise(u"a.png#top", base, P).path, base + "a.png");
@@ -267,15 +260,6 @@ protected:
         base = m_dir.path() + "/base/";
         restore = m_dir.path() + "/restore/";
     }
-    static void write(const QString& path, const QByteArray& bytes) {
-        QFile f(path);
-        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-        f.write(bytes);
-    }
-    static QByteArray read(const QString& path) {
-        QFile f(path);
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<missing>");
-    }
     QStringList allFiles() const {
         QStringList files;
         QDirIterator it(m_dir.path(), QDir::Files, QDirIterator::Subdirectories);
@@ -291,9 +275,9 @@ protected:
 };
 
 TEST_F(Redirect, LoadCopiesLastWinsAndRewritesOnlyValues) {
-    write(base + "img/a.png", "first");
-    write(base + "other/a.png", "second");
-    write(base + "b.gif", "gif");
+    writeBytes(base + "img/a.png", "first");
+    writeBytes(base + "other/a.png", "second");
+    writeBytes(base + "b.gif", "gif");
     const QString html =
         QString::fromUtf8("<p>Café</p>\n<img src=\"img/a.png\" alt=x>\n<div background=other/a.png>"
                           "<img src=\"https://h/a.png\"><img src='b.gif'>");
@@ -303,33 +287,33 @@ TEST_F(Redirect, LoadCopiesLastWinsAndRewritesOnlyValues) {
                                         "<div background=\"%1a.png\"><img src=\"https://h/a.png\">"
                                         "<img src='%1b.gif'>")
                           .arg(restore));
-    EXPECT_EQ(read(restore + "a.png"), "second");
-    EXPECT_EQ(read(restore + "b.gif"), "gif");
+    EXPECT_EQ(readBytes(restore + "a.png"), "second");
+    EXPECT_EQ(readBytes(restore + "b.gif"), "gif");
     EXPECT_EQ(r.copied, QStringList({restore + "a.png", restore + "b.gif"}));
 
     // Opening the result again: the files already are the targets and must survive.
     const LoadResult again = redirectForLoad(r.html, base, restore, P);
     EXPECT_FALSE(again.changed);
     EXPECT_EQ(again.html, r.html);
-    EXPECT_EQ(read(restore + "a.png"), "second");
+    EXPECT_EQ(readBytes(restore + "a.png"), "second");
     // The same file under another spelling of its path.
     const LoadResult dotted = redirectForLoad("<img src='./b.gif'>", restore, restore, P);
     EXPECT_EQ(dotted.html, "<img src='" + restore + "b.gif'>");
-    EXPECT_EQ(read(restore + "b.gif"), "gif");
+    EXPECT_EQ(readBytes(restore + "b.gif"), "gif");
 }
 
 TEST_F(Redirect, MissingSourceKeepsTheCopyFromTheMessage) {
-    write(restore + "gone.png", "from message");
+    writeBytes(restore + "gone.png", "from message");
     const LoadResult r = redirectForLoad("<img src=gone.png>", base, restore, P);
     EXPECT_TRUE(r.changed);
     EXPECT_EQ(r.html, "<img src=\"" + restore + "gone.png\">");
     EXPECT_TRUE(r.copied.isEmpty());
-    EXPECT_EQ(read(restore + "gone.png"), "from message");
+    EXPECT_EQ(readBytes(restore + "gone.png"), "from message");
 }
 
 TEST_F(Redirect, CraftedNamesNeverWriteOutside) {
-    write(m_dir.path() + "/x.png", "outside");
-    write(base + "ok.png", "ok");
+    writeBytes(m_dir.path() + "/x.png", "outside");
+    writeBytes(base + "ok.png", "ok");
     const QStringList before = allFiles();
     const QString html = "<img src='..'><img src='a/../../x.png'><img src='img/..'>"
                          "<img src='../restore/../x.png'><img src='ok.png'>";
@@ -344,7 +328,7 @@ TEST_F(Redirect, CraftedNamesNeverWriteOutside) {
 }
 
 TEST_F(Redirect, PreviewPointsAtTheRestoreFolderOnly) {
-    write(restore + "my pic.png", "x");
+    writeBytes(restore + "my pic.png", "x");
     const QString html = "<img src='C:\\Pics\\A.png'><img src='my%20pic.png'>"
                          "<img src='http://h/A.png'><img src='data:,x'>";
     EXPECT_EQ(redirectForPreview(html, restore, P),
