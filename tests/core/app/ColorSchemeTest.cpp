@@ -4,6 +4,7 @@
 #include "core/app/bError.h"
 #include "core/app/bFunctions.h"
 
+#include <QHash>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -230,18 +231,14 @@ TEST(Contrast, PairsCoverEveryControlThatWritesText) {
 }
 
 // The schemes we ship are the ones most users see: each must be complete and readable.
-class ShippedScheme : public testing::TestWithParam<QString> {
-protected:
-    static QStringList fileLines() {
-        QStringList lines;
-        EXPECT_TRUE(TextFile::readLines(kDefaults + kSchemeFileName, lines).ok());
-        return lines;
-    }
-};
+QStringList shippedLines() {
+    QStringList lines;
+    TextFile::readLines(kDefaults + kSchemeFileName, lines);
+    return lines;
+}
 
 TEST(ShippedColourSchemes, TheChoiceNamesAShippedSchemeAndLightAndDarkAreThere) {
-    QStringList lines;
-    ASSERT_TRUE(TextFile::readLines(kDefaults + kSchemeFileName, lines).ok());
+    const QStringList lines = shippedLines();
     const QStringList names = SchemeNames(lines);
     EXPECT_TRUE(names.contains("Light"));
     EXPECT_TRUE(names.contains("Dark"));
@@ -249,15 +246,25 @@ TEST(ShippedColourSchemes, TheChoiceNamesAShippedSchemeAndLightAndDarkAreThere) 
     const QString chosen =
         LeggiColorStyle(kDefaults + kChoiceFileName, kDefaults + kSchemeFileName, scheme);
     EXPECT_TRUE(names.contains(chosen)) << chosen.toStdString();
-    // Every line of the file is a header or a key of exactly 30 characters and a decimal.
+    // Every line of the file is a header or a key of exactly 30 characters and a decimal, and
+    // every section has one line per colour (none twice, none before the first header).
     static const QRegularExpression colourLine(QStringLiteral("^CLR_[A-Z_]+\\.+: -?\\d+$"));
+    QHash<QString, qsizetype> keysIn;
+    QString section;
     for (const QString& l : lines) {
-        if (l.startsWith(u'['))
+        if (l.startsWith(u'[')) {
+            section = l;
             continue;
+        }
+        ++keysIn[section];
         EXPECT_TRUE(colourLine.match(l).hasMatch()) << l.toStdString();
         EXPECT_EQ(l.indexOf(u':'), kKeyWidth - 2) << l.toStdString();
     }
+    for (auto it = keysIn.cbegin(); it != keysIn.cend(); ++it)
+        EXPECT_EQ(it.value(), AllColours().size()) << it.key().toStdString();
 }
+
+class ShippedScheme : public testing::TestWithParam<QString> {};
 
 TEST_P(ShippedScheme, SetsAllNineteenColoursAndEveryTextIsReadable) {
     const QString name = GetParam();
@@ -265,7 +272,7 @@ TEST_P(ShippedScheme, SetsAllNineteenColoursAndEveryTextIsReadable) {
     ColorScheme scheme;
     for (Colour c : AllColours())
         scheme.set(c, kUnset);
-    ApplySchemeSection(fileLines(), name, scheme);
+    ApplySchemeSection(shippedLines(), name, scheme);
     for (Colour c : AllColours())
         EXPECT_NE(scheme.value(c), kUnset)
             << name.toStdString() << " lacks " << ColourName(c).toStdString();
@@ -281,13 +288,7 @@ TEST_P(ShippedScheme, SetsAllNineteenColoursAndEveryTextIsReadable) {
     }
 }
 
-QStringList shippedNames() {
-    QStringList lines;
-    TextFile::readLines(kDefaults + kSchemeFileName, lines);
-    return SchemeNames(lines);
-}
-
-INSTANTIATE_TEST_SUITE_P(Defaults, ShippedScheme, testing::ValuesIn(shippedNames()),
+INSTANTIATE_TEST_SUITE_P(Defaults, ShippedScheme, testing::ValuesIn(SchemeNames(shippedLines())),
                          [](const testing::TestParamInfo<QString>& info) {
                              QString n = info.param;
                              n.replace(QRegularExpression(QStringLiteral("[^A-Za-z0-9]")), "_");

@@ -115,22 +115,6 @@ TEST(Provisioning, UserKindFollowsWriteAccess) {
     EXPECT_TRUE(QDir(dir.path()).isEmpty()); // the test leaves nothing behind
 }
 
-TEST(ShippedSchemes, EveryDefaultSchemeHasAllNineteenColours) {
-    QStringList lines;
-    ASSERT_TRUE(TextFile::readLines(kDefaults + "colorSchema3.dll", lines).ok());
-    QMap<QString, int> perSection;
-    QString section;
-    for (const QString& l : lines) {
-        if (l.startsWith('['))
-            section = l;
-        else if (l.size() > 30 && l.mid(28, 2) == ": ")
-            ++perSection[section];
-    }
-    EXPECT_GE(perSection.size(), 2);
-    for (auto it = perSection.cbegin(); it != perSection.cend(); ++it)
-        EXPECT_EQ(it.value(), 19) << it.key().toStdString();
-}
-
 class AccountStoreTest : public testing::Test {
 protected:
     void SetUp() override {
