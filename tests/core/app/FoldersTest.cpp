@@ -121,24 +121,28 @@ protected:
         ASSERT_TRUE(AccountStore::open(dir.filePath("crv_account.db"), "test").ok());
     }
     void TearDown() override { AccountStore::close("test"); }
+    // An account the store accepts; each test changes what it is about.
+    static Account account(const QString& name, const QString& address) {
+        Account a;
+        a.displayName = name;
+        a.address = address;
+        a.authentication = "login";
+        a.security = "ssl";
+        return a;
+    }
     QTemporaryDir dir;
+    AccountStore store{"test"};
 };
 
 TEST_F(AccountStoreTest, AddListRemove) {
-    AccountStore store("test");
-    Account a;
-    a.displayName = "Anna Rossi";
-    a.address = "anna@example.com";
-    a.smtpServer = "smtp.example.com";
-    a.port = 465;
-    a.authentication = "login";
-    a.security = "ssl";
-    const auto id = store.add(a);
+    Account anna = account("Anna Rossi", "anna@example.com");
+    anna.port = 65535; // the ports at either end are accepted
+    Account bruno = account("Bruno", "bruno@example.org");
+    bruno.port = 1;
+    bruno.active = false;
+    const auto id = store.add(anna);
     ASSERT_TRUE(id.has_value());
-    a.displayName = "Bruno";
-    a.address = "bruno@example.org";
-    a.active = false;
-    const auto id2 = store.add(a);
+    const auto id2 = store.add(bruno);
     ASSERT_TRUE(id2.has_value());
     EXPECT_NE(*id, *id2);
 
@@ -146,8 +150,9 @@ TEST_F(AccountStoreTest, AddListRemove) {
     ASSERT_TRUE(all.has_value());
     ASSERT_EQ(all->size(), 2);
     EXPECT_EQ(all->at(0).displayName, "Anna Rossi");
-    EXPECT_EQ(all->at(0).port, 465);
+    EXPECT_EQ(all->at(0).port, 65535);
     EXPECT_TRUE(all->at(0).active);
+    EXPECT_EQ(all->at(1).port, 1);
     EXPECT_FALSE(all->at(1).active);
 
     EXPECT_TRUE(store.remove(*id));
@@ -157,30 +162,42 @@ TEST_F(AccountStoreTest, AddListRemove) {
     EXPECT_EQ(store.list()->size(), 1);
 }
 
-TEST_F(AccountStoreTest, RejectsBadAccountsWithAReason) {
-    AccountStore store("test");
-    Account a;
-    a.displayName = "X";
-    a.address = "not-an-address";
-    a.authentication = "login";
-    a.security = "ssl";
+struct BadAccount {
+    const char* name;
+    void (*spoil)(Account&);
+    const char* reason; // what the error must name
+};
+
+void PrintTo(const BadAccount& c, std::ostream* os) {
+    *os << c.name;
+}
+
+class AccountRejected : public AccountStoreTest, public testing::WithParamInterface<BadAccount> {};
+
+TEST_P(AccountRejected, WithAReasonAndNothingStored) {
+    Account a = account("X", "x@example.com");
+    GetParam().spoil(a);
     QString error;
     EXPECT_FALSE(store.add(a, &error).has_value());
-    EXPECT_TRUE(error.contains("not-an-address"));
-    a.address = "x@example.com";
-    a.port = 70000;
-    EXPECT_FALSE(store.add(a, &error).has_value());
-    a.port = 25;
-    a.security = "tls1.0";
-    EXPECT_FALSE(store.add(a, &error).has_value());
+    EXPECT_TRUE(error.contains(QString::fromLatin1(GetParam().reason))) << error.toStdString();
     EXPECT_TRUE(store.list()->isEmpty());
 }
 
+INSTANTIATE_TEST_SUITE_P(
+    Accounts, AccountRejected,
+    testing::Values(
+        BadAccount{"blank_name", [](Account& a) { a.displayName = "  "; }, "display name"},
+        BadAccount{"not_an_address", [](Account& a) { a.address = "not-an-address"; },
+                   "not-an-address"},
+        BadAccount{"port_zero", [](Account& a) { a.port = 0; }, "port 0"},
+        BadAccount{"port_above_65535", [](Account& a) { a.port = 65536; }, "port 65536"},
+        BadAccount{"unknown_authentication", [](Account& a) { a.authentication = "ntlm"; },
+                   "authentication"},
+        BadAccount{"unknown_security", [](Account& a) { a.security = "tls1.0"; }, "security"}),
+    [](const auto& info) { return std::string(info.param.name); });
+
 TEST_F(AccountStoreTest, NamesAreStoredAsDataNotSql) {
-    AccountStore store("test");
-    Account a;
-    a.displayName = "Robert'); DROP TABLE Account;--";
-    a.address = "r@example.com";
+    Account a = account("Robert'); DROP TABLE Account;--", "r@example.com");
     a.authentication = "none";
     a.security = "none";
     QString error;
