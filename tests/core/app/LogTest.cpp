@@ -96,7 +96,6 @@ TEST(ErrorReport, ExactText) {
     EXPECT_EQ(bError::ErrorReportText("Quillora", "frmMain.SalvaMessaggio()", 0, "Disk full"),
               "App: Quillora\r\n\r\nRoutine: frmMain.SalvaMessaggio()\r\n\r\nLine: 0\r\n\r\n"
               "Description: Disk full");
-    EXPECT_STREQ(bError::kErrorReportTitle, "Attention, application error");
 }
 
 TEST(MyTime, TwoDigitFieldsAndHundredths) {
