@@ -11,6 +11,10 @@ struct FilterCase {
     const char* qt;
 };
 
+void PrintTo(const FilterCase& c, std::ostream* os) {
+    *os << '"' << c.windows << '"';
+}
+
 class FileFilterTest : public testing::TestWithParam<FilterCase> {};
 
 TEST_P(FileFilterTest, BecomesQtFilter) {

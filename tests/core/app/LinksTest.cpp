@@ -26,6 +26,10 @@ struct LanguageCase {
     const char* guide;
 };
 
+void PrintTo(const LanguageCase& c, std::ostream* os) {
+    *os << c.name;
+}
+
 class SiteAndGuide : public testing::TestWithParam<LanguageCase> {};
 
 // Only the program's languages, spelt exactly, have a site. The guide's page name is the

@@ -23,6 +23,10 @@ struct DecodeCase {
     Encoding encoding;
 };
 
+void PrintTo(const DecodeCase& c, std::ostream* os) {
+    *os << c.name;
+}
+
 class DecodeTest : public testing::TestWithParam<DecodeCase> {};
 
 TEST_P(DecodeTest, DetectsEncodingAndText) {
