@@ -102,6 +102,10 @@ struct LanguageCase {
     const char* site; // empty: nothing opens
 };
 
+void PrintTo(const LanguageCase& c, std::ostream* os) {
+    *os << c.language; // a stable test name
+}
+
 class LinkLanguageTest : public AboutTest, public testing::WithParamInterface<LanguageCase> {};
 
 TEST_P(LinkLanguageTest, SiteDependsOnTheExactLanguageInBothWindows) {

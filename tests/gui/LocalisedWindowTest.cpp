@@ -32,6 +32,10 @@ struct Localised {
     const char* screenshot;
 };
 
+void PrintTo(const Localised& p, std::ostream* os) {
+    *os << p.language << ' ' << p.scheme; // a stable test name
+}
+
 class LocalisedWindowTest : public testing::TestWithParam<Localised> {
 protected:
     void TearDown() override {

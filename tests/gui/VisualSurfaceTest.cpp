@@ -244,6 +244,11 @@ struct DoctypeCase {
     const char* prolog; // everything before <html>
 };
 
+// Table rows print by name, so their test names stay the same from one build to the next.
+void PrintTo(const DoctypeCase& c, std::ostream* os) {
+    *os << c.name;
+}
+
 class VisualSurfaceDoctype : public VisualSurfaceTest,
                              public testing::WithParamInterface<DoctypeCase> {};
 
@@ -413,6 +418,11 @@ struct FormatCase {
     const char* expected; // the body afterwards
 };
 
+// Table rows print by name, so their test names stay the same from one build to the next.
+void PrintTo(const FormatCase& c, std::ostream* os) {
+    *os << c.name;
+}
+
 class VisualSurfaceFormat : public VisualSurfaceTest,
                             public testing::WithParamInterface<FormatCase> {};
 
@@ -534,6 +544,11 @@ struct TableCase {
     const char* expected; // the table's rows afterwards
 };
 
+// Table rows print by name, so their test names stay the same from one build to the next.
+void PrintTo(const TableCase& c, std::ostream* os) {
+    *os << c.name;
+}
+
 class VisualSurfaceTable : public VisualSurfaceTest,
                            public testing::WithParamInterface<TableCase> {};
 
@@ -632,6 +647,11 @@ struct TableRemovalCase {
     const char* after;    // what follows the table
     const char* expected; // the body once its rows are gone
 };
+
+// Table rows print by name, so their test names stay the same from one build to the next.
+void PrintTo(const TableRemovalCase& c, std::ostream* os) {
+    *os << c.name;
+}
 
 class VisualSurfaceTableRemoval : public VisualSurfaceTest,
                                   public testing::WithParamInterface<TableRemovalCase> {};

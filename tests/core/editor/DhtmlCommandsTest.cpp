@@ -12,6 +12,13 @@
 
 using namespace quillora;
 
+namespace quillora {
+// Rows print by code, so their test names stay the same from one build to the next.
+void PrintTo(const DhtmlCommand& c, std::ostream* os) {
+    *os << c.code;
+}
+} // namespace quillora
+
 namespace {
 
 QString bridgeSource(const QString& relative) {
