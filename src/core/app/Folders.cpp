@@ -39,6 +39,16 @@ QString GetPercorsoTemporaneo(const QString& pathFileImp) {
     return GetPercorsoTemporaneo(pathFileImp, QDateTime::currentDateTime());
 }
 
+QString NewWorkFolderBeside(const QString& pathFileImp, const QString& current) {
+    QString folder = GetPercorsoTemporaneo(pathFileImp);
+    for (int n = 1; !folder.isEmpty() && folder == current; ++n) {
+        folder = current.chopped(1) + QStringLiteral("_%1/").arg(n);
+        if (!QDir().mkpath(folder))
+            folder.clear();
+    }
+    return folder;
+}
+
 void CancellaPercorsoTemporaneo(const QString& folder) {
     QString f = folder;
     if (f.endsWith(u'/') || f.endsWith(u'\\'))

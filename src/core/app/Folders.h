@@ -40,6 +40,12 @@ inline constexpr const char* kSharedDataSubfolder = "Talvenor Data/Corvanta 4/";
 QString GetPercorsoTemporaneo(const QString& pathFileImp);
 QString GetPercorsoTemporaneo(const QString& pathFileImp, const QDateTime& now);
 
+// A working folder for a load that replaces the current one: made by GetPercorsoTemporaneo,
+// or a "_1", "_2"… sibling when that is `current` (two loads in the same second), so the new
+// folder can be filled while the current one still serves the message on screen.
+// Empty when it cannot be made.
+QString NewWorkFolderBeside(const QString& pathFileImp, const QString& current);
+
 // CancellaPercorsoTemporaneo: removes one trailing separator, then the folder and all it holds.
 void CancellaPercorsoTemporaneo(const QString& folder);
 

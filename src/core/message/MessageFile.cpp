@@ -449,12 +449,7 @@ OpenResult ApriMessaggio(MessageDocument& doc, const QString& path, const QStrin
 
     // The new working folder is filled before the old one goes, so a file that turns out to be
     // damaged leaves the message on screen with all its pictures.
-    QString restore = GetPercorsoTemporaneo(pathFileImp);
-    for (int n = 1; !restore.isEmpty() && restore == doc.restoreFolder; ++n) {
-        restore = doc.restoreFolder.chopped(1) + QStringLiteral("_%1/").arg(n);
-        if (!QDir().mkpath(restore))
-            restore.clear();
-    }
+    const QString restore = NewWorkFolderBeside(pathFileImp, doc.restoreFolder);
     if (restore.isEmpty()) {
         result.error =
             QStringLiteral("The working folder cannot be created in %1").arg(pathFileImp);

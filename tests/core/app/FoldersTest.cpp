@@ -43,6 +43,22 @@ TEST(Folders, WorkingFolderStampAndRemoval) {
     EXPECT_TRUE(QFileInfo(base).isDir());
 }
 
+// A load that replaces the message fills a folder of its own while the current one still
+// serves the page, even within the same second.
+TEST(Folders, ANewWorkFolderIsNeverTheCurrentOne) {
+    QTemporaryDir dir;
+    const QString base = dir.path() + "/";
+    const QString current = GetPercorsoTemporaneo(base);
+    writeBytes(current + "x.png");
+    for (int i = 0; i < 3; ++i) {
+        const QString next = NewWorkFolderBeside(base, current);
+        EXPECT_NE(next, current);
+        EXPECT_TRUE(next.endsWith(u'/'));
+        EXPECT_TRUE(QFileInfo(next).isDir());
+    }
+    EXPECT_TRUE(QFileInfo::exists(current + "x.png"));
+}
+
 TEST(Folders, CommandLineIsOneNameWithoutQuotes) {
     EXPECT_EQ(CommandLineFileName({"\"/home/u/My News.mssx\""}), "/home/u/My News.mssx");
     EXPECT_EQ(CommandLineFileName({"a.mssx", "b.mssx"}), "a.mssx b.mssx");
