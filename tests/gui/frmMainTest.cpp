@@ -31,6 +31,7 @@
 #include <QWebEngineScript>
 #include <gtest/gtest.h>
 
+#include "gui/PageProbe.h"
 #include "gui/TestSession.h"
 
 using namespace quillora;
@@ -48,29 +49,6 @@ void saveShot(QWidget& w, const QString& name) {
     const QString folder = QStringLiteral(QUILLORA_BINARY_DIR "/screenshots");
     QDir().mkpath(folder);
     w.grab().save(folder + "/" + name);
-}
-
-// Waits until no picture of the page is still loading, then counts the distinct local pictures
-// that loaded (natural width > 0); -1 when the page does not answer.
-int loadedPictures(VisualSurface* page) {
-    const QString script = QStringLiteral(
-        "(function(){var imgs=Array.prototype.slice.call(document.images);"
-        "if(imgs.some(function(i){return !i.complete;}))return -2;"
-        "var seen={};imgs.forEach(function(i){if(i.naturalWidth>0&&i.src.indexOf('file:')===0)"
-        "seen[i.src]=1;});return Object.keys(seen).length;})()");
-    QElapsedTimer clock;
-    clock.start();
-    while (clock.elapsed() < 20000) {
-        // The answer may come after a timeout: it goes into a box that outlives this call.
-        auto answer = std::make_shared<std::optional<int>>();
-        page->page()->runJavaScript(script, QWebEngineScript::ApplicationWorld,
-                                    [answer](const QVariant& v) { *answer = v.toInt(); });
-        if (!QTest::qWaitFor([&] { return answer->has_value(); }, 5000))
-            return -1;
-        if (**answer >= 0)
-            return **answer; // otherwise still loading: ask again
-    }
-    return -1;
 }
 
 class frmMainTest : public testing::Test {
