@@ -1,0 +1,461 @@
+#include "core/tools/ImageSlicer.h"
+
+#include "core/app/bFunctions.h"
+
+#include <FreeImage.h>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <atomic>
+#include <charconv>
+#include <cmath>
+#include <condition_variable>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <thread>
+
+namespace quillora::tools {
+
+namespace {
+
+// Every full-height slice holds this many rows, whatever the slice height: with the minimum slice
+// height the slices tile the picture, with a larger one the page stretches each slice.
+constexpr int kSliceRows = 100;
+
+// The library reports through one process-wide callback; each thread collects the messages of
+// its own current operation.
+thread_local QString* t_messages = nullptr;
+
+void collectMessage(FREE_IMAGE_FORMAT, const char* message) {
+    if (t_messages && message)
+        *t_messages = QString::fromLocal8Bit(message);
+}
+
+void initialiseLibrary() {
+    static std::once_flag once;
+    std::call_once(once, [] {
+        FreeImage_Initialise(FALSE);
+        FreeImage_SetOutputMessage(collectMessage);
+    });
+}
+
+// Keeps the library's last message for as long as it lives, on this thread.
+class MessageCapture {
+public:
+    MessageCapture() : m_previous(t_messages) { t_messages = &m_text; }
+    ~MessageCapture() { t_messages = m_previous; }
+    MessageCapture(const MessageCapture&) = delete;
+    MessageCapture& operator=(const MessageCapture&) = delete;
+    // The library's message when it gave one, else ours.
+    QString orElse(const QString& ours) const { return m_text.isEmpty() ? ours : m_text; }
+    void clear() { m_text.clear(); }
+
+private:
+    QString m_text;
+    QString* m_previous;
+};
+
+struct BitmapDeleter {
+    void operator()(FIBITMAP* dib) const { FreeImage_Unload(dib); }
+};
+using Bitmap = std::unique_ptr<FIBITMAP, BitmapDeleter>;
+
+// A single-precision value as the page shows it: the shortest text that reads back as the same
+// value, never with an exponent (600 is "600", 150.5 is "150.5").
+QByteArray singleText(float value) {
+    char buffer[64];
+    const auto r = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed);
+    return r.ec == std::errc() ? QByteArray(buffer, r.ptr - buffer) : QByteArray("0");
+}
+
+// Whole pixels, half to even; values outside [1, limit] give nothing.
+std::optional<int> toPixels(double value, double limit) {
+    if (!(value >= 0.5 && value <= limit))
+        return std::nullopt;
+    const long pixels = std::lrint(value);
+    return pixels >= 1 ? std::optional<int>(int(pixels)) : std::nullopt;
+}
+
+struct Format {
+    FREE_IMAGE_FORMAT fif = FIF_UNKNOWN;
+    int flags = 0;
+};
+
+// By the text after the last ".", in lower case; other extensions are not loaded.
+Format formatByExtension(const QString& path) {
+    const QString ext = path.mid(path.lastIndexOf(u'.') + 1).toLower();
+    if (ext == QLatin1String("png"))
+        return {FIF_PNG, PNG_DEFAULT};
+    if (ext == QLatin1String("gif"))
+        return {FIF_GIF, GIF_DEFAULT};
+    if (ext == QLatin1String("jpg") || ext == QLatin1String("jpeg"))
+        return {FIF_JPEG, JPEG_ACCURATE};
+    return {};
+}
+
+quint16 littleEndian16(const QByteArray& bytes, int at) {
+    return quint16(quint8(bytes[at]) | quint8(bytes[at + 1]) << 8);
+}
+
+// The library cannot read a GIF's header alone, and allocates its first frame at the declared
+// size: read the logical screen and the first frame descriptor here. 0 when there is no GIF
+// header (the loader then says what is wrong).
+qint64 gifDeclaredPixels(const QString& path) {
+    QFile f(path);
+    if (!f.open(QIODevice::ReadOnly))
+        return 0;
+    const QByteArray head = f.read(13);
+    if (head.size() < 13 || !head.startsWith("GIF"))
+        return 0;
+    qint64 largest = qint64(littleEndian16(head, 6)) * littleEndian16(head, 8);
+    const quint8 flags = quint8(head[10]);
+    if (flags & 0x80)
+        f.skip(3 * (qint64(1) << ((flags & 7) + 1)));
+    char block = 0;
+    while (f.getChar(&block)) {
+        if (block == 0x21) { // extension: a label, then sub-blocks up to an empty one
+            char size = 0;
+            if (!f.getChar(&size))
+                break;
+            while (f.getChar(&size) && size != 0)
+                f.skip(quint8(size));
+        } else if (block == 0x2C) { // the first frame's descriptor
+            const QByteArray d = f.read(8);
+            if (d.size() == 8)
+                largest = std::max(largest, qint64(littleEndian16(d, 4)) * littleEndian16(d, 6));
+            break;
+        } else {
+            break;
+        }
+    }
+    return largest;
+}
+
+// The declared size, read without decoding any pixel; 0 when the header cannot be read (the full
+// load then reports why).
+qint64 declaredPixels(const QByteArray& path, const Format& format, const QString& qpath) {
+    if (!FreeImage_FIFSupportsNoPixels(format.fif))
+        return format.fif == FIF_GIF ? gifDeclaredPixels(qpath) : 0;
+    const Bitmap header(
+        FreeImage_Load(format.fif, path.constData(), format.flags | FIF_LOAD_NOPIXELS));
+    if (!header)
+        return 0;
+    return qint64(FreeImage_GetWidth(header.get())) * FreeImage_GetHeight(header.get());
+}
+
+// A bitmap PNG can store: 16 bits per channel become 8 (the colour ones through the 24- and
+// 32-bit conversions, which the standard-type one does not cover), then a depth PNG lacks
+// (16-bit 555/565) becomes 24 bits, or 32 with transparency.
+Bitmap storableAsPng(Bitmap dib) {
+    switch (FreeImage_GetImageType(dib.get())) {
+    case FIT_BITMAP:
+        break;
+    case FIT_RGB16:
+    case FIT_RGBF:
+        dib.reset(FreeImage_ConvertTo24Bits(dib.get()));
+        break;
+    case FIT_RGBA16:
+    case FIT_RGBAF:
+        dib.reset(FreeImage_ConvertTo32Bits(dib.get()));
+        break;
+    default:
+        dib.reset(FreeImage_ConvertToStandardType(dib.get(), TRUE));
+        break;
+    }
+    if (dib && !FreeImage_FIFSupportsExportBPP(FIF_PNG, int(FreeImage_GetBPP(dib.get())))) {
+        dib.reset(FreeImage_IsTransparent(dib.get()) ? FreeImage_ConvertTo32Bits(dib.get())
+                                                     : FreeImage_ConvertTo24Bits(dib.get()));
+    }
+    return dib;
+}
+
+// Cuts one slice out of the scaled picture and saves it; the error text when that fails.
+QString saveSlice(FIBITMAP* scaled, int width, const Slice& slice) {
+    MessageCapture messages;
+    Bitmap part(FreeImage_Copy(scaled, 0, slice.top, width, slice.top + slice.rows));
+    if (!part)
+        return messages.orElse(QStringLiteral("Cannot cut rows %1 to %2 of the scaled picture.")
+                                   .arg(slice.top)
+                                   .arg(slice.top + slice.rows));
+    const Bitmap storable = storableAsPng(std::move(part));
+    if (!storable)
+        return messages.orElse(QStringLiteral("Cannot convert a slice to a depth PNG can store."));
+    if (!FreeImage_Save(FIF_PNG, storable.get(), QFile::encodeName(slice.file).constData(),
+                        PNG_Z_BEST_COMPRESSION))
+        return messages.orElse(QStringLiteral("Cannot write %1.").arg(slice.file));
+    return {};
+}
+
+// Saves the slices on every core. The calling thread only reports progress, so the callback never
+// runs on another thread. Returns the error, or sets `cancelled`; files written are listed.
+QString saveSlices(FIBITMAP* scaled, int width, const std::vector<Slice>& slices,
+                   const SliceProgress& progress, bool& cancelled, QStringList& written) {
+    const int total = int(slices.size());
+    std::vector<int> work;
+    for (int i = 0; i < total; ++i) {
+        QFile::remove(slices[i].file);
+        if (slices[i].rows > 0) {
+            work.push_back(i);
+            continue;
+        }
+        QFile empty(slices[i].file);
+        if (!empty.open(QIODevice::WriteOnly))
+            return QStringLiteral("Cannot write %1: %2").arg(slices[i].file, empty.errorString());
+        written << slices[i].file;
+    }
+    int done = total - int(work.size()); // the zero-row slice needs no work
+    if (progress && !progress(done, total)) {
+        cancelled = true;
+        return {};
+    }
+
+    std::mutex mutex;
+    std::condition_variable finished;
+    std::deque<std::pair<int, QString>> outcomes; // slice index, error text
+    std::atomic<size_t> next{0};
+    std::atomic<bool> stop{false};
+    const auto worker = [&] {
+        for (size_t k = next++; k < work.size() && !stop; k = next++) {
+            QString error = saveSlice(scaled, width, slices[work[k]]);
+            const std::lock_guard lock(mutex);
+            outcomes.emplace_back(work[k], std::move(error));
+            finished.notify_one();
+        }
+    };
+    const size_t threads = std::clamp<size_t>(std::thread::hardware_concurrency(), 1,
+                                              std::max<size_t>(work.size(), 1));
+    std::vector<std::thread> pool;
+    for (size_t t = 0; t < threads; ++t)
+        pool.emplace_back(worker);
+
+    QString firstError;
+    size_t reported = 0;
+    while (reported < work.size() && !stop) {
+        std::unique_lock lock(mutex);
+        finished.wait(lock, [&] { return !outcomes.empty(); });
+        auto [index, error] = std::move(outcomes.front());
+        outcomes.pop_front();
+        lock.unlock();
+        ++reported;
+        if (error.isEmpty()) {
+            written << slices[index].file;
+            ++done;
+            if (progress && !progress(done, total)) {
+                cancelled = true;
+                stop = true;
+            }
+        } else {
+            firstError = error;
+            stop = true;
+        }
+    }
+    for (std::thread& t : pool)
+        t.join();
+    // Slices finished after the stop still count as written, so they are removed too.
+    for (const auto& [index, error] : outcomes) {
+        if (error.isEmpty())
+            written << slices[index].file;
+    }
+    return firstError;
+}
+
+void removeFiles(const QStringList& files) {
+    for (const QString& f : files)
+        QFile::remove(f);
+}
+
+} // namespace
+
+float fieldValue(QStringView text) {
+    return float(bFunctions::Val(text));
+}
+
+SliceCheck checkSliceInput(const QString& imagePath, float width, float sliceHeight) {
+    if (!bFunctions::FileExist(imagePath))
+        return SliceCheck::MissingFile;
+    if (width == 0)
+        return SliceCheck::NoWidth;
+    if (sliceHeight == 0)
+        return SliceCheck::NoSliceHeight;
+    return SliceCheck::Ok;
+}
+
+std::vector<Slice> planSlices(int scaledHeight, float sliceHeight, const QString& workFolder) {
+    std::vector<Slice> slices;
+    const std::optional<int> step = toPixels(sliceHeight, 1e9);
+    if (!step || scaledHeight < 0)
+        return slices;
+    const int h = *step;
+    for (qint64 y = 0; y <= scaledHeight; y += h) {
+        Slice s;
+        s.top = int(y);
+        if (double(y) + double(sliceHeight) <= scaledHeight) {
+            // A slice height under 100 would reach past the picture's end: cut there.
+            s.rows = int(std::min<qint64>(kSliceRows, scaledHeight - y));
+            s.declaredHeight = sliceHeight;
+        } else {
+            s.rows = int(scaledHeight - y);
+            s.declaredHeight = float(s.rows);
+        }
+        s.file = workFolder + QStringLiteral("imgCrop%1.png").arg(slices.size() + 1);
+        slices.push_back(s);
+    }
+    return slices;
+}
+
+QByteArray slicedPage(const QString& workFolder, float width, const std::vector<Slice>& slices) {
+    const QByteArray w = singleText(width);
+    const QByteArray folder = workFolder.toUtf8(); // the page declares UTF-8
+    QByteArray page;
+    const auto line = [&page](const QByteArray& text) { page += text + "\r\n"; };
+    line(R"(<!DOCTYPE HTML PUBLIC "-//W3C//DTD HTML 4.01//EN")");
+    line(R"(    "http://www.w3.org/TR/html4/strict.dtd">)");
+    line("<html>");
+    line("<head>");
+    line(R"(<meta http-equiv="content-type" content="text/html; charset=UTF-8">)"
+         R"(<meta charset="utf-8"><style>)");
+    for (const char* selector : {"img {", "table {", "td {"}) {
+        line(selector);
+        line("  border:0; ");
+        line("  margin:0; padding:0;");
+        if (qstrcmp(selector, "img {") == 0)
+            line("/*display:block;*/");
+        line("}");
+    }
+    line("</style>");
+    line("</head>");
+    line("<body>");
+    line("<table id='container' align='center' widht='" + w +
+         "px' vspace='0' hspace='0' cellpadding='0' cellspacing='0'>");
+    line("<tbody>");
+    for (size_t i = 0; i < slices.size(); ++i) {
+        const QByteArray n = QByteArray::number(qulonglong(i + 1));
+        line("<tr><td><img src='" + folder + "imgCrop" + n + ".png' alt='Sezione " + n +
+             "' width='" + w + "' height='" + singleText(slices[i].declaredHeight) +
+             "' border=0 vpsace=0 hspace=0 >");
+        line("</td></tr>");
+    }
+    line("</tbody></table>");
+    line("</body>");
+    line("</html>");
+    line("");
+    return page;
+}
+
+SliceResult sliceImage(const QString& imagePath, float width, float sliceHeight,
+                       const QString& workFolder, const SliceProgress& progress) {
+    initialiseLibrary();
+    MessageCapture messages;
+    SliceResult result;
+    const QString folder = workFolder.endsWith(u'/') ? workFolder : workFolder + u'/';
+    result.pageFile = folder + QStringLiteral("tmpTransImg.html");
+
+    switch (checkSliceInput(imagePath, width, sliceHeight)) {
+    case SliceCheck::MissingFile:
+        result.error = QStringLiteral("Change file please.");
+        return result;
+    case SliceCheck::NoWidth:
+        result.error = QStringLiteral("Value error, change value Max Width.");
+        return result;
+    case SliceCheck::NoSliceHeight:
+        result.error = QStringLiteral("Value error, change value Height Section.");
+        return result;
+    case SliceCheck::Ok:
+        break;
+    }
+    const std::optional<int> scaledWidth = toPixels(width, double(kMaxPixels));
+    if (!scaledWidth) {
+        result.error = QStringLiteral("Value error, change value Max Width.");
+        return result;
+    }
+    if (!toPixels(sliceHeight, 1e9)) {
+        result.error = QStringLiteral("Value error, change value Height Section.");
+        return result;
+    }
+    const Format format = formatByExtension(imagePath);
+    if (format.fif == FIF_UNKNOWN) {
+        result.error =
+            QStringLiteral("%1 is not a PNG, GIF or JPEG picture (.png, .gif, .jpg, .jpeg).")
+                .arg(imagePath);
+        return result;
+    }
+
+    const QByteArray path = QFile::encodeName(imagePath);
+    const qint64 declared = declaredPixels(path, format, imagePath);
+    if (declared > kMaxPixels) {
+        result.error =
+            QStringLiteral("The picture %1 declares %2 pixels, more than the %3 allowed.")
+                .arg(imagePath)
+                .arg(declared)
+                .arg(kMaxPixels);
+        return result;
+    }
+    messages.clear();
+    Bitmap source(FreeImage_Load(format.fif, path.constData(), format.flags));
+    if (!source || !FreeImage_HasPixels(source.get())) {
+        result.error =
+            messages.orElse(QStringLiteral("Cannot read the picture %1.").arg(imagePath));
+        return result;
+    }
+    const unsigned sourceWidth = FreeImage_GetWidth(source.get());
+    const unsigned sourceHeight = FreeImage_GetHeight(source.get());
+    if (qint64(sourceWidth) * sourceHeight > kMaxPixels || sourceWidth == 0) {
+        result.error = QStringLiteral("The picture %1 is larger than %2 pixels.")
+                           .arg(imagePath)
+                           .arg(kMaxPixels);
+        return result;
+    }
+    // The height follows the aspect ratio; at least one row.
+    const double height =
+        std::max(1.0, std::nearbyint(double(sourceHeight) * *scaledWidth / double(sourceWidth)));
+    if (double(*scaledWidth) * height > double(kMaxPixels)) {
+        result.error =
+            QStringLiteral("Scaled to %1 pixels wide the picture would be larger than %2 pixels.")
+                .arg(*scaledWidth)
+                .arg(kMaxPixels);
+        return result;
+    }
+    messages.clear();
+    const Bitmap scaled(
+        FreeImage_Rescale(source.get(), *scaledWidth, int(height), FILTER_LANCZOS3));
+    source.reset();
+    if (!scaled) {
+        result.error =
+            messages.orElse(QStringLiteral("Cannot scale the picture %1.").arg(imagePath));
+        return result;
+    }
+    result.scaledWidth = *scaledWidth;
+    result.scaledHeight = int(height);
+
+    if (!QDir().mkpath(folder)) {
+        result.error = QStringLiteral("Cannot create the folder %1.").arg(folder);
+        return result;
+    }
+    result.slices = planSlices(result.scaledHeight, sliceHeight, folder);
+    QStringList written;
+    result.error = saveSlices(scaled.get(), result.scaledWidth, result.slices, progress,
+                              result.cancelled, written);
+    if (!result.ok()) {
+        removeFiles(written);
+        return result;
+    }
+
+    const QByteArray page = slicedPage(folder, width, result.slices);
+    QFile::remove(result.pageFile);
+    QFile out(result.pageFile);
+    if (!out.open(QIODevice::WriteOnly) || out.write(page) != page.size()) {
+        result.error =
+            QStringLiteral("Cannot write %1: %2").arg(result.pageFile, out.errorString());
+        out.close();
+        QFile::remove(result.pageFile);
+        removeFiles(written);
+    }
+    return result;
+}
+
+} // namespace quillora::tools
