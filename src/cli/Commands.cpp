@@ -16,6 +16,9 @@ commands:
   pack HTML -o OUT [--subject S] [--priority NR|HI|LW] [--attach FILE]...
                                          make a message file from an HTML page, embedding
                                          every local file it refers to
+  slice IMAGE -o OUT [--width W] [--height H] [--subject S]
+                                         make a message file from one tall picture cut
+                                         into stacked slices (width 600, slices of 100)
   accounts list                          list the sender accounts
   accounts add --name NAME --address ADDRESS [--server HOST] [--port N]
                [--auth none|plain|login] [--security none|starttls|ssl] [--inactive]
@@ -33,10 +36,7 @@ struct Command {
 };
 
 constexpr Command kCommands[] = {
-    {"info", info},
-    {"extract", extract},
-    {"pack", pack},
-    {"accounts", accounts},
+    {"info", info}, {"extract", extract}, {"pack", pack}, {"slice", slice}, {"accounts", accounts},
 };
 
 // An option name as it would be typed.

@@ -21,6 +21,7 @@ int accounts(const QStringList& args);
 int info(const QStringList& args);
 int extract(const QStringList& args);
 int pack(const QStringList& args);
+int slice(const QStringList& args);
 
 // A positional argument; every one a command declares is required.
 struct Positional {
