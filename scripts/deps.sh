@@ -15,6 +15,8 @@ TEST_PACKAGES=(
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   clang libclang-rt-14-dev clang-format
   python3
+  # the image slicer's benchmark times the same work in vips and ImageMagick
+  libvips-tools imagemagick
 )
 
 case "${1:-}" in
