@@ -145,6 +145,7 @@ constexpr Target kRows[] = {
     control("frmImpDaImg", "lblMaxWidth"),
     control("frmImpDaImg", "lblAltezzaSez"),
     control("frmImpDaImg", "cmdImportImg"),
+    control("frmImpDaImg", "cmdCancel"), // ours: stops the slices, or closes the window
 
     window("frmMain"),
     tool("cmdBold"),

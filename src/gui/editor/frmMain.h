@@ -4,6 +4,7 @@
 #include "core/message/MessageDocument.h"
 #include "gui/app/frmMessage.h"
 #include "gui/editor/CommandBars.h"
+#include "gui/tools/frmImpDaImg.h"
 
 #include <QMainWindow>
 #include <QPointer>
@@ -63,6 +64,13 @@ public:
     void saveForQuestion() override;
     QString selectedImageSource() const override;
     void CambiaTitoloEditor();
+
+    // Import from an image (frmMainFiles.cpp): opens the window, which hands back a page of
+    // slices; the page becomes the body and its folder the message's working folder.
+    void ImportaDaImmagine();
+    void showSlicedPage(const QString& pageFile, const QString& workFolder,
+                        std::function<void(bool)> done);
+    frmImpDaImg* imageImport() const { return m_imageImport; }
 
     // Placement in twips (LeggiIMP / ScriviIMP applied to this window).
     void applyPlacement();
@@ -134,6 +142,7 @@ private:
     frmAllegati* m_allegati = nullptr;
     QDockWidget* dckAllegati = nullptr;
     frmColor* m_colour = nullptr; // "pwnColor"
+    QPointer<frmImpDaImg> m_imageImport;
     std::function<void(qint64, qint64)> m_loadProgress;
     QList<QDockWidget*> m_visualPanes;
     QTemporaryDir m_scratch;

@@ -171,9 +171,13 @@ void frmMain::runCommand(const QString& id) {
         }
         showNotAvailable(id);
         break;
+    case Action::ImportFromImage:
+        if (DaSalvare())
+            askToSave();
+        ImportaDaImmagine();
+        break;
     case Action::OpenWord:
     case Action::OpenMail:
-    case Action::ImportFromImage:
     case Action::Templates:
     case Action::Sound:
     case Action::BodyProperties:

@@ -12,10 +12,12 @@
 #include "gui/editor/VisualSurface.h"
 #include "gui/editor/frmMain.h"
 #include "gui/message/frmAllegati.h"
+#include "gui/tools/frmImpDaImg.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QDir>
+#include <QFile>
 #include <QLineEdit>
 #include <QTabWidget>
 
@@ -203,6 +205,63 @@ void frmMain::saveForQuestion() {
 
 QString frmMain::selectedImageSource() const {
     return DHTML->state().currentSrc;
+}
+
+void frmMain::ImportaDaImmagine() {
+    if (m_imageImport) {
+        m_imageImport->raise();
+        return;
+    }
+    frmImpDaImg::Host host;
+    host.newWorkFolder = [this] {
+        return NewWorkFolderBeside(session().folders.pathFileImp, m_doc.restoreFolder);
+    };
+    host.showPage = [this](const QString& page, const QString& folder,
+                           std::function<void(bool)> done) {
+        showSlicedPage(page, folder, std::move(done));
+    };
+    m_imageImport = new frmImpDaImg(std::move(host), this);
+    m_imageImport->setAttribute(Qt::WA_DeleteOnClose);
+    // Window-modal without a nested event loop: the main window keeps running its own.
+    m_imageImport->open();
+}
+
+void frmMain::showSlicedPage(const QString& pageFile, const QString& workFolder,
+                             std::function<void(bool)> done) {
+    QFile file(pageFile);
+    if (!file.open(QIODevice::ReadOnly)) {
+        reportError(QStringLiteral("showSlicedPage"), file.errorString());
+        done(false);
+        return;
+    }
+    const QString page = QString::fromUtf8(file.readAll());
+    // The page replaces the body: the slices' folder becomes the message's working folder.
+    if (!m_doc.restoreFolder.isEmpty() && m_doc.restoreFolder != workFolder)
+        CancellaPercorsoTemporaneo(m_doc.restoreFolder);
+    m_doc.restoreFolder = workFolder;
+    session().pathElaboration = workFolder;
+    QPointer<frmMain> self(this);
+    connect(
+        this, &frmMain::documentLoaded, this,
+        [self, done = std::move(done)] {
+            if (!self)
+                return;
+            // The page as the editor holds it gets a blank before every "></TD>" cell end.
+            // This editor writes tag names in lower case and keeps the line break before each
+            // cell end, so the page normally stays as loaded and is not loaded twice.
+            if (self->m_page == PageVisual) {
+                if (const std::optional<QString> html = self->DHTML->documentHTML()) {
+                    QString spaced = *html;
+                    spaced.replace(QLatin1String("></TD>"), QLatin1String("> </TD>"));
+                    if (spaced != *html)
+                        self->DHTML->setDocumentHTML(spaced, self->workFolder());
+                }
+            }
+            self->Modificato();
+            done(true);
+        },
+        Qt::SingleShotConnection);
+    showBody(page, false, QStringLiteral("showSlicedPage"));
 }
 
 bool frmMain::askToSave() {
