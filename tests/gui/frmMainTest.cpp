@@ -254,7 +254,7 @@ TEST_F(frmMainTest, TypingMarksTheTitleOnceAndEditCommandsFollowTheirRule) {
 
 TEST_F(frmMainTest, DoubleClickOnAnImageOffersToEditItsFile) {
     frmMain& w = start();
-    session().pathElaboration = dir.path() + "/work/";
+    session().pathElaboration = dir.path() + "/message/";
     setBody("<html><body><p id=\"w\"><img src=\"images/pic.jpg\"></p><p id=\"t\">x</p>"
             "</body></html>");
     w.visualPage()->selectContents("#w");
@@ -262,7 +262,7 @@ TEST_F(frmMainTest, DoubleClickOnAnImageOffersToEditItsFile) {
     answer = kIdYes;
     emit w.visualPage()->imageDoubleClicked();
     EXPECT_EQ(lastRequest.key, "Modifica immagine");
-    EXPECT_EQ(scripted().opened, QStringList({dir.path() + "/work/images/pic.jpg"}));
+    EXPECT_EQ(scripted().opened, QStringList({dir.path() + "/message/images/pic.jpg"}));
 
     // Not on an image: nothing is asked.
     questions = 0;

@@ -81,7 +81,7 @@ class SlicerFolder : public ::testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(m_dir.isValid()); }
     QString path(const QString& name) const { return m_dir.path() + u'/' + name; }
-    QString work() const { return m_dir.path() + QStringLiteral("/work/"); }
+    QString work() const { return m_dir.path() + QStringLiteral("/slices/"); }
     QTemporaryDir m_dir;
 };
 
