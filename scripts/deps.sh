@@ -9,6 +9,8 @@ RUN_PACKAGES=(
   qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlite libgl-dev
   qt6-webengine-dev qt6-webengine-dev-tools qt6-webchannel-dev libqscintilla2-qt6-dev
   libgumbo-dev libvmime-dev libfreeimage-dev
+  # the spam check runs the filter (Debian ships its rules; no update from the network)
+  spamassassin spamc
   xvfb xauth breeze-icon-theme libqt6svg6
 )
 TEST_PACKAGES=(
