@@ -1,6 +1,8 @@
 #include "core/spamcheck/TestMail.h"
 
+#include "core/app/Folders.h"
 #include "core/app/TextFile.h"
+#include "core/message/MessageFile.h"
 #include "core/spamcheck/ReadCounter.h"
 
 #include <QFile>
@@ -118,6 +120,38 @@ ReadResult readFile(const QString& path) {
         return r;
     }
     return readLines(lines);
+}
+
+ReadResult readMessageFile(const QString& path, const QString& restoreFolder,
+                           QStringList* warnings) {
+    ReadResult r;
+    const MessageFile::ReadResult file = MessageFile::read(path, restoreFolder);
+    if (!file.ok()) {
+        r.error = file.error;
+        return r;
+    }
+    if (warnings)
+        *warnings = file.content.warnings;
+    const QString folder = withTrailingSlash(restoreFolder);
+    r.content.subject = file.content.subject.trimmed();
+    r.content.priority = file.content.priority.trimmed();
+    if (file.content.version >= 4) {
+        r.content.body = References::redirectForPreview(file.content.body, folder);
+        for (const QString& stored : file.content.storedAttachments) {
+            const std::optional<QString> name = References::safeFileName(stored.trimmed());
+            if (!name) {
+                r.error = QStringLiteral("the attachment %1 has no usable file name").arg(stored);
+                return r;
+            }
+            r.content.attachments << folder + *name;
+        }
+    } else {
+        // An older file carries no copies: its paths are used as they stand.
+        r.content.body = file.content.body;
+        for (const QString& stored : file.content.storedAttachments)
+            r.content.attachments << stored.trimmed();
+    }
+    return r;
 }
 
 QString plainText(const QString& html) {

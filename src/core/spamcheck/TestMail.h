@@ -33,6 +33,12 @@ struct ReadResult {
 ReadResult readLines(const QStringList& lines);
 ReadResult readFile(const QString& path);
 
+// A saved message (.mssx or .mss) made ready to compose: its embedded files restored into
+// restoreFolder, the body's local references and the attachments pointing at the restored copies.
+// Warnings name the objects that could not be restored.
+ReadResult readMessageFile(const QString& path, const QString& restoreFolder,
+                           QStringList* warnings = nullptr);
+
 inline constexpr const char* kMimeOleHeader = "X-MimeOLE";
 inline constexpr const char* kMimeOleValue = "Produced By Microsoft MimeOLE";
 inline constexpr const char* kMailerValue = "Microsoft Office Outlook 12.0";
