@@ -19,6 +19,10 @@ commands:
   slice IMAGE -o OUT [--width W] [--height H] [--subject S]
                                          make a message file from one tall picture cut
                                          into stacked slices (width 600, slices of 100)
+  to-eml FILE -o OUT [--account ID] [--to ADDR] [--name NAME] [--reply-to ADDR]
+         [--receipt] [--counter]         write a message as the e-mail a mailing sends
+  spamcheck FILE [--account ID] [--counter] [--json] [mail options of to-eml]
+                                         score that e-mail with SpamAssassin
   accounts list                          list the sender accounts
   accounts add --name NAME --address ADDRESS [--server HOST] [--port N]
                [--auth none|plain|login] [--security none|starttls|ssl] [--inactive]
@@ -36,7 +40,8 @@ struct Command {
 };
 
 constexpr Command kCommands[] = {
-    {"info", info}, {"extract", extract}, {"pack", pack}, {"slice", slice}, {"accounts", accounts},
+    {"info", info},    {"extract", extract},     {"pack", pack},         {"slice", slice},
+    {"to-eml", toEml}, {"spamcheck", spamcheck}, {"accounts", accounts},
 };
 
 // An option name as it would be typed.

@@ -22,6 +22,8 @@ int info(const QStringList& args);
 int extract(const QStringList& args);
 int pack(const QStringList& args);
 int slice(const QStringList& args);
+int toEml(const QStringList& args);
+int spamcheck(const QStringList& args);
 
 // A positional argument; every one a command declares is required.
 struct Positional {
