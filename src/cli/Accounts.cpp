@@ -81,7 +81,7 @@ int addAccount(const QStringList& args) {
                                         QStringLiteral("none|plain|login"));
     const QCommandLineOption securityOption(
         QStringLiteral("security"), QStringLiteral("The connection security (default starttls)."),
-        QStringLiteral("none|starttls|ssl"));
+        QStringLiteral("none|starttls|ssl|auto"));
     const QCommandLineOption inactiveOption(
         QStringLiteral("inactive"), QStringLiteral("Keep the account without offering it."));
     const Syntax syntax{QStringLiteral("accounts add"),

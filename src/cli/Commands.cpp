@@ -25,7 +25,7 @@ commands:
                                          score that e-mail with SpamAssassin
   accounts list                          list the sender accounts
   accounts add --name NAME --address ADDRESS [--server HOST] [--port N]
-               [--auth none|plain|login] [--security none|starttls|ssl] [--inactive]
+               [--auth none|plain|login] [--security none|starttls|ssl|auto] [--inactive]
   accounts remove ID                     remove the account with that identifier
   help [COMMAND]                         show this text, or the help of one command
 

@@ -116,9 +116,9 @@ QString AccountStore::validate(const Account& a) {
     if (!auths.contains(a.authentication))
         return QStringLiteral("the authentication must be none, plain or login");
     static const QStringList securities = {QStringLiteral("none"), QStringLiteral("starttls"),
-                                           QStringLiteral("ssl")};
+                                           QStringLiteral("ssl"), QStringLiteral("auto")};
     if (!securities.contains(a.security))
-        return QStringLiteral("the connection security must be none, starttls or ssl");
+        return QStringLiteral("the connection security must be none, starttls, ssl or auto");
     return QString();
 }
 
@@ -145,6 +145,48 @@ std::optional<qint64> AccountStore::add(const Account& a, QString* error) {
         return std::nullopt;
     }
     return q.lastInsertId().toLongLong();
+}
+
+bool AccountStore::update(const Account& a, QString* error) {
+    const QString problem = validate(a);
+    if (!problem.isEmpty()) {
+        if (error)
+            *error = problem;
+        return false;
+    }
+    QSqlQuery q(db());
+    q.prepare(QStringLiteral("UPDATE Account SET display_name = ?, address = ?, active = ?, "
+                             "smtp_server = ?, smtp_port = ?, authentication = ?, security = ? "
+                             "WHERE id = ?"));
+    q.addBindValue(text(a.displayName));
+    q.addBindValue(text(a.address));
+    q.addBindValue(a.active ? 1 : 0);
+    q.addBindValue(text(a.smtpServer));
+    q.addBindValue(a.port);
+    q.addBindValue(text(a.authentication));
+    q.addBindValue(text(a.security));
+    q.addBindValue(a.id);
+    if (!q.exec()) {
+        if (error)
+            *error = q.lastError().text();
+        return false;
+    }
+    if (q.numRowsAffected() == 0) {
+        if (error)
+            *error = QStringLiteral("no account has the identifier %1").arg(a.id);
+        return false;
+    }
+    return true;
+}
+
+QString AccountStore::securityCaption(const QString& security) {
+    if (security == u"ssl")
+        return QStringLiteral("(SSL)");
+    if (security == u"starttls")
+        return QStringLiteral("(TLS)");
+    if (security == u"auto")
+        return QStringLiteral("(AUTO)");
+    return QStringLiteral("(nessuna)");
 }
 
 bool AccountStore::remove(qint64 id, QString* error) {

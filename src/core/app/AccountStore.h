@@ -16,7 +16,7 @@ struct Account {
     QString smtpServer;
     int port = 587;
     QString authentication; // "none", "plain", "login"
-    QString security;       // "none", "starttls", "ssl"
+    QString security;       // "none", "starttls", "ssl", "auto"
 };
 
 // Result of a store operation: the error text is empty on success.
@@ -41,11 +41,16 @@ public:
     std::optional<Account> find(qint64 id) const;
     // Adds the account and returns its new identifier.
     std::optional<qint64> add(const Account& account, QString* error = nullptr);
+    // Replaces the stored values of the account with account.id; false when there is none.
+    bool update(const Account& account, QString* error = nullptr);
     // False when no account has that identifier.
     bool remove(qint64 id, QString* error = nullptr);
 
     // Checks an account before it is stored; empty when it is acceptable.
     static QString validate(const Account& account);
+
+    // How the connection security is shown: "(nessuna)", "(SSL)", "(TLS)" or "(AUTO)".
+    static QString securityCaption(const QString& security);
 
 private:
     QSqlDatabase db() const;

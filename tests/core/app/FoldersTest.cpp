@@ -178,6 +178,31 @@ TEST_F(AccountStoreTest, AddListRemove) {
     EXPECT_EQ(store.list()->size(), 1);
 }
 
+TEST_F(AccountStoreTest, UpdateReplacesOneAccountAndChecksIt) {
+    const auto anna = store.add(account("Anna Rossi", "anna@example.com"));
+    const auto bruno = store.add(account("Bruno", "bruno@example.org"));
+    ASSERT_TRUE(anna && bruno);
+    Account changed = *store.find(*anna);
+    changed.address = "anna.rossi@example.com";
+    changed.security = "auto";
+    changed.active = false;
+    ASSERT_TRUE(store.update(changed));
+    EXPECT_EQ(store.find(*anna)->address, "anna.rossi@example.com");
+    EXPECT_EQ(AccountStore::securityCaption(store.find(*anna)->security), "(AUTO)");
+    EXPECT_FALSE(store.find(*anna)->active);
+    EXPECT_EQ(store.find(*bruno)->address, "bruno@example.org");
+
+    QString error;
+    changed.address = "nobody";
+    EXPECT_FALSE(store.update(changed, &error));
+    EXPECT_TRUE(error.contains("nobody"));
+    changed = *store.find(*bruno);
+    changed.id = 999;
+    EXPECT_FALSE(store.update(changed, &error));
+    EXPECT_TRUE(error.contains("999"));
+    EXPECT_EQ(store.list()->size(), 2);
+}
+
 struct BadAccount {
     const char* name;
     void (*spoil)(Account&);
