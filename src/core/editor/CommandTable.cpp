@@ -35,6 +35,8 @@ constexpr Command kCommandsHead[] = {
     {"cmdImpDaImg", A::ImportFromImage},
     {"cmdApriModelli", A::Templates},
     {"cmdSalvaAs", A::SaveAs},
+    {"cmdEsportaEml", A::ExportEml},
+    {"cmdAccount", A::Accounts},
     {"cmdStampa", A::Print},
     {"cmdEsci", A::Exit},
     {"cmdUndo", A::EditCommand, DECMD_UNDO, nullptr, true},

@@ -41,6 +41,8 @@ enum class Action {
     Social,
     ToggleToolbar,
     Unsubscribe, // identifiers starting with "cmdSubRem_"
+    ExportEml,   // the message as an e-mail file
+    Accounts,    // the sender accounts window
 };
 
 struct Command {

@@ -39,6 +39,8 @@ const CommandSpec kSpecs[] = {
     {"cmdSalvaAs", "Save &as...", "document-save-as", KS::SaveAs},
     {"cmdStampa", "&Print...", "document-print", KS::Print},
     {"cmdEsci", "E&xit", "application-exit", KS::Quit},
+    {"cmdEsportaEml", "Export as e-&mail (.eml)...", "mail-message-new"},
+    {"cmdAccount", "Sender a&ccounts...", "system-users"},
     {"cmdImpTXT", "Import from a &text file...", "text-plain"},
     {"cmdImpHTML", "Import from an &HTML page...", "text-html"},
     {"cmdApriWord", "Import from a &Word document...", "x-office-document"},
@@ -229,7 +231,8 @@ void CommandBars::build(QMainWindow* window, std::function<void(const QString&)>
         importMenu->addAction(action(QString::fromLatin1(id)));
     addMenu(QStringLiteral("mnuFile"), QStringLiteral("&File"),
             {A("cmdNewMess"), A("cmdApriMess"), A("cmdApriModelli"), nullptr, A("cmdSalva"),
-             A("cmdSalvaAs"), nullptr, importMenu, nullptr, A("cmdStampa"), nullptr, A("cmdEsci")});
+             A("cmdSalvaAs"), A("cmdEsportaEml"), nullptr, importMenu, nullptr, A("cmdStampa"),
+             nullptr, A("cmdEsci")});
     addMenu(QStringLiteral("mnuModifica"), QStringLiteral("&Edit"),
             {A("cmdUndo"), A("cmdRedo"), nullptr, A("cmdTaglia"), A("cmdCopia"), A("cmdIncolla"),
              nullptr, A("cmdSelezionaTutto"), A("cmdTrova")});
@@ -241,7 +244,7 @@ void CommandBars::build(QMainWindow* window, std::function<void(const QString&)>
             {A("cmdImage"), A("cmdLink"), A("cmdHR"), popTable, nullptr, mnuVariabili, mnuModuli,
              nullptr, A("cmdSocial")});
     addMenu(QStringLiteral("mnuStrumenti"), QStringLiteral("T&ools"),
-            {mnuProprieta, nullptr, A("cmdCheckSpam"), A("cmdRefresh")});
+            {mnuProprieta, nullptr, A("cmdCheckSpam"), A("cmdAccount"), A("cmdRefresh")});
     QMenu* view = addMenu(QStringLiteral("mnuVisualizza"), QStringLiteral("&View"),
                           {A("cmdShowBorder"), A("cmdShowDetails"), nullptr, A("cmdStatusTbMain"),
                            A("cmdStatusTbStrumenti"), A("cmdStatusTbTesto"),

@@ -19,7 +19,9 @@ namespace quillora::gui {
 
 class SourceView;
 class VisualSurface;
+class frmAccount;
 class frmAllegati;
+class frmCheckSpam;
 class frmColor;
 
 // The editor's main window: the three pages, the command bars, the attachments pane and the
@@ -71,6 +73,16 @@ public:
     void showSlicedPage(const QString& pageFile, const QString& workFolder,
                         std::function<void(bool)> done);
     frmImpDaImg* imageImport() const { return m_imageImport; }
+
+    // The spam check, the accounts and the e-mail export (frmMainSpam.cpp).
+    void TestAntispam();
+    void GestioneAccount();
+    void EsportaEml();
+    // The message as it stands, written to exactly `path` in the message file layout, leaving
+    // its name and saved state alone.
+    bool SalvaMessaggioPerCheckSpam(const QString& path);
+    frmCheckSpam* spamCheck() const;
+    frmAccount* accountsWindow() const;
 
     // Placement in twips (LeggiIMP / ScriviIMP applied to this window).
     void applyPlacement();
@@ -143,6 +155,8 @@ private:
     QDockWidget* dckAllegati = nullptr;
     frmColor* m_colour = nullptr; // "pwnColor"
     QPointer<frmImpDaImg> m_imageImport;
+    QPointer<frmCheckSpam> m_spamCheck;
+    QPointer<frmAccount> m_accounts;
     std::function<void(qint64, qint64)> m_loadProgress;
     QList<QDockWidget*> m_visualPanes;
     QTemporaryDir m_scratch;

@@ -161,6 +161,7 @@ void frmMain::runCommand(const QString& id) {
         break;
     }
     case Action::CheckSpam:
+    case Action::Accounts:
     case Action::Unsubscribe:
         if (!session().accountsError.isEmpty()) {
             bMessage::ShowMessage(
@@ -169,7 +170,15 @@ void frmMain::runCommand(const QString& id) {
                 QString(), quillora::bMessage::kIconWarning, quillora::bMessage::kIconNone, this);
             break;
         }
-        showNotAvailable(id);
+        if (c.action == Action::CheckSpam)
+            TestAntispam();
+        else if (c.action == Action::Accounts)
+            GestioneAccount();
+        else
+            showNotAvailable(id);
+        break;
+    case Action::ExportEml:
+        EsportaEml();
         break;
     case Action::ImportFromImage:
         if (DaSalvare())
