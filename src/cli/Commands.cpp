@@ -23,6 +23,8 @@ commands:
          [--receipt] [--counter]         write a message as the e-mail a mailing sends
   spamcheck FILE [--account ID] [--counter] [--json] [mail options of to-eml]
                                          score that e-mail with SpamAssassin
+  check [--json] [--size-limit MB] FILE  check a message before sending it (exit 3 when it
+                                         has errors)
   accounts list                          list the sender accounts
   accounts add --name NAME --address ADDRESS [--server HOST] [--port N]
                [--auth none|plain|login] [--security none|starttls|ssl|auto] [--inactive]
@@ -40,8 +42,8 @@ struct Command {
 };
 
 constexpr Command kCommands[] = {
-    {"info", info},    {"extract", extract},     {"pack", pack},         {"slice", slice},
-    {"to-eml", toEml}, {"spamcheck", spamcheck}, {"accounts", accounts},
+    {"info", info},    {"extract", extract},     {"pack", pack},          {"slice", slice},
+    {"to-eml", toEml}, {"spamcheck", spamcheck}, {"check", checkMessage}, {"accounts", accounts},
 };
 
 // An option name as it would be typed.

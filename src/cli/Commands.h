@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/spamcheck/PreSendCheck.h"
+
 #include <QCommandLineOption>
 #include <QCommandLineParser>
 #include <QList>
@@ -13,6 +15,8 @@ namespace quillora::cli {
 inline constexpr int kOk = 0;
 inline constexpr int kBadInput = 1;
 inline constexpr int kUsage = 2;
+// check: the message has errors.
+inline constexpr int kHasErrors = 3;
 
 int run(const QStringList& args);
 
@@ -24,6 +28,7 @@ int pack(const QStringList& args);
 int slice(const QStringList& args);
 int toEml(const QStringList& args);
 int spamcheck(const QStringList& args);
+int checkMessage(const QStringList& args);
 
 // A positional argument; every one a command declares is required.
 struct Positional {
@@ -53,5 +58,10 @@ void printError(const QString& message);
 void printOut(const QString& text);
 // Wrong usage of a command: one line on stderr, and kUsage.
 int usageError(const Syntax& syntax, const QString& problem);
+
+// A message file read as the editor opens it, its files restored into restoreFolder (with its
+// trailing separator); nullopt and the error when it cannot be read.
+std::optional<check::CheckInput> checkInputFromFile(const QString& file,
+                                                    const QString& restoreFolder, QString* error);
 
 } // namespace quillora::cli
