@@ -95,6 +95,8 @@ constexpr Command kCommandsTail[] = {
     {"cmdInfoSu", A::About},
     {"cmdHelp", A::Help},
     {"cmdSocial", A::Social},
+    {"cmdCheckMsg", A::CheckMessage},
+    {"cmdSendTest", A::SendTest},
     {"cmdStatusTbMain", A::ToggleToolbar, 0, nullptr, false, "TbMain"},
     {"cmdStatusTbStrumenti", A::ToggleToolbar, 0, nullptr, false, "TbStrumenti"},
     {"cmdStatusTbTesto", A::ToggleToolbar, 0, nullptr, false, "TbTesto"},

@@ -43,6 +43,8 @@ enum class Action {
     Unsubscribe, // identifiers starting with "cmdSubRem_"
     ExportEml,   // the message as an e-mail file
     Accounts,    // the sender accounts window
+    CheckMessage,
+    SendTest,
 };
 
 struct Command {

@@ -116,6 +116,8 @@ const CommandSpec kSpecs[] = {
     {"cmdPriBassa", "&Low priority", "arrow-down", KS::UnknownKey, 0, true},
     {"cmdRefresh", "&Refresh images", "view-refresh", KS::Refresh},
     {"cmdCheckSpam", "&Spam check...", "mail-mark-junk"},
+    {"cmdCheckMsg", "&Check message...", "tools-check-spelling", KS::UnknownKey, Qt::Key_F7},
+    {"cmdSendTest", "Send &test...", "mail-send", KS::UnknownKey, ctrl(Qt::Key_T)},
     {"cmdSocial", "So&cial links...", "im-user"},
     {"cmdInfoSu", "&About Quillora", "help-about"},
     {"cmdHelp", "&Video guide", "help-contents", KS::HelpContents},
@@ -244,7 +246,8 @@ void CommandBars::build(QMainWindow* window, std::function<void(const QString&)>
             {A("cmdImage"), A("cmdLink"), A("cmdHR"), popTable, nullptr, mnuVariabili, mnuModuli,
              nullptr, A("cmdSocial")});
     addMenu(QStringLiteral("mnuStrumenti"), QStringLiteral("T&ools"),
-            {mnuProprieta, nullptr, A("cmdCheckSpam"), A("cmdAccount"), A("cmdRefresh")});
+            {mnuProprieta, nullptr, A("cmdCheckMsg"), A("cmdCheckSpam"), A("cmdSendTest"),
+             A("cmdAccount"), A("cmdRefresh")});
     QMenu* view = addMenu(QStringLiteral("mnuVisualizza"), QStringLiteral("&View"),
                           {A("cmdShowBorder"), A("cmdShowDetails"), nullptr, A("cmdStatusTbMain"),
                            A("cmdStatusTbStrumenti"), A("cmdStatusTbTesto"),
@@ -290,7 +293,8 @@ void CommandBars::build(QMainWindow* window, std::function<void(const QString&)>
             {A("cmdNewMess"), A("cmdApriMess"), A("cmdSalva"), nullptr, A("cmdStampa"), nullptr,
              subjectLabel, subject});
     makeBar(QStringLiteral("TbMessaggio"), QStringLiteral("Message"),
-            {A("cmdPriAlta"), A("cmdPriBassa"), nullptr, A("cmdProprieta"), A("cmdCheckSpam")});
+            {A("cmdPriAlta"), A("cmdPriBassa"), nullptr, A("cmdProprieta"), A("cmdCheckMsg"), A("cmdCheckSpam"),
+             A("cmdSendTest")});
     window->addToolBarBreak();
     makeBar(QStringLiteral("TbStrumenti"), QStringLiteral("Tools"),
             {A("cmdUndo"), A("cmdRedo"), nullptr, A("cmdTaglia"), A("cmdCopia"), A("cmdIncolla"),

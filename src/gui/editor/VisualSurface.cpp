@@ -451,6 +451,17 @@ void VisualSurface::selectContents(const QString& selector) {
     callBridge({QStringLiteral("selectContents"), selector});
 }
 
+void VisualSurface::selectElement(const QString& tag, int index) {
+    callBridge({QStringLiteral("selectElement"), tag, index});
+}
+
+void VisualSurface::showDark(bool force, std::function<void(bool)> done) {
+    callBridge({QStringLiteral("darkPreview"), force}, [done = std::move(done)](const QVariant& r) {
+        if (done)
+            done(r.toBool());
+    });
+}
+
 void VisualSurface::readState() {
     m_scripts->runNow(bridgeScript({QStringLiteral("editorState")}),
                       [this](const QVariant& result) {

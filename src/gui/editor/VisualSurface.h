@@ -77,6 +77,11 @@ public:
     void placeCaret(const QString& selector, int offset);
     // Selects the contents of the first element matching a CSS selector.
     void selectContents(const QString& selector);
+    // Selects the index-th element with that tag name in document order and scrolls to it.
+    void selectElement(const QString& tag, int index);
+    // The preview: shows the loaded page as dark-mode mail programs would (see darkPreview.js);
+    // done gets whether the message has dark styles of its own.
+    void showDark(bool force, std::function<void(bool)> done = {});
 
     const SurfaceState& state() const { return m_state; }
 

@@ -12,6 +12,7 @@
 #include "gui/app/frmMessage.h"
 #include "gui/editor/SourceView.h"
 #include "gui/editor/VisualSurface.h"
+#include "gui/editor/PreviewPane.h"
 #include "gui/editor/frmColor.h"
 #include "gui/message/frmAllegati.h"
 
@@ -69,7 +70,8 @@ void frmMain::buildPages() {
     WEB->setObjectName(QStringLiteral("WEB"));
     Tbs->addTab(DHTML, QIcon::fromTheme(QStringLiteral("document-edit")), QStringLiteral("Design"));
     Tbs->addTab(CODE, QIcon::fromTheme(QStringLiteral("text-html")), QStringLiteral("HTML"));
-    Tbs->addTab(WEB, QIcon::fromTheme(QStringLiteral("document-preview")),
+    m_preview = new PreviewPane(WEB, Tbs);
+    Tbs->addTab(m_preview, QIcon::fromTheme(QStringLiteral("document-preview")),
                 QStringLiteral("Preview"));
     Tbs->setTabToolTip(PageVisual, QStringLiteral("Edit the message as it will look"));
     Tbs->setTabToolTip(PageSource, QStringLiteral("Edit the message's HTML source"));
@@ -161,6 +163,7 @@ void frmMain::Form_Load(const QString& commandLineFile) {
     // Built-in texts first: a language file that lacks a message leaves it readable.
     m_texts = Texts::builtIn(s.currentLanguage);
     applyLanguage(this, m_texts, s.folders.languageFile(), s.currentLanguage, m_loadProgress);
+    m_preview->applyTexts(m_texts);
 
     phase("### CaricaNomiCampi ###");
     bImpostazioni::CaricaNomiCampi(s.folders.fieldNameFile(), s.fieldNames);

@@ -2,6 +2,7 @@
 
 #include "core/app/Texts.h"
 #include "core/message/MessageDocument.h"
+#include "core/spamcheck/PreSendCheck.h"
 #include "gui/app/frmMessage.h"
 #include "gui/editor/CommandBars.h"
 #include "gui/tools/frmImpDaImg.h"
@@ -22,7 +23,9 @@ class VisualSurface;
 class frmAccount;
 class frmAllegati;
 class frmCheckSpam;
+class frmCheckMessage;
 class frmColor;
+class PreviewPane;
 
 // The editor's main window: the three pages, the command bars, the attachments pane and the
 // message being edited. Its routines are split by concern over frmMain*.cpp files.
@@ -88,6 +91,14 @@ public:
     void applyPlacement();
     void rememberPlacement();
 
+    // The check before sending (frmMainCheck.cpp): opens "Check message" on the current
+    // message; choosing a finding selects its element in the visual page.
+    void VerificaMessaggio();
+    std::optional<check::CheckInput> checkInput();
+    void selectFinding(const check::ElementRef& element);
+    frmCheckMessage* checkWindow() const;
+    PreviewPane* previewPane() const { return m_preview; }
+
     // The current body: from the page that holds it.
     std::optional<QString> bodyHtml();
 
@@ -146,6 +157,8 @@ private:
     VisualSurface* DHTML = nullptr;
     SourceView* CODE = nullptr;
     VisualSurface* WEB = nullptr;
+    PreviewPane* m_preview = nullptr;
+    QPointer<frmCheckMessage> m_check;
     QLabel* lblTags = nullptr;
     QLabel* lblTag = nullptr;
     QLabel* stcHelp = nullptr;

@@ -180,6 +180,12 @@ void frmMain::runCommand(const QString& id) {
     case Action::ExportEml:
         EsportaEml();
         break;
+    case Action::CheckMessage:
+        VerificaMessaggio();
+        break;
+    case Action::SendTest:
+        showNotAvailable(id);
+        break;
     case Action::ImportFromImage:
         if (DaSalvare())
             askToSave();

@@ -4,6 +4,7 @@
 #include "core/message/References.h"
 #include "gui/app/Session.h"
 #include "gui/app/frmMessage.h"
+#include "gui/editor/PreviewPane.h"
 #include "gui/editor/SourceView.h"
 #include "gui/editor/VisualSurface.h"
 #include "gui/editor/frmMain.h"
@@ -123,8 +124,8 @@ void frmMain::Tbs_SelectedChanged(int page) {
         if (html) {
             CODE->setSourceText(*html);
             if (page == PagePreview)
-                WEB->setDocumentHTML(References::redirectForPreview(*html, m_doc.restoreFolder),
-                                     folder);
+                m_preview->showBody(References::redirectForPreview(*html, m_doc.restoreFolder),
+                                    folder);
         } else {
             reportError(QStringLiteral("Tbs_SelectedChanged"),
                         QStringLiteral("The visual page did not give back its HTML in time"));
@@ -139,7 +140,7 @@ void frmMain::Tbs_SelectedChanged(int page) {
             return;
         }
         if (page == PagePreview)
-            WEB->setDocumentHTML(References::redirectForPreview(text, m_doc.restoreFolder), folder);
+            m_preview->showBody(References::redirectForPreview(text, m_doc.restoreFolder), folder);
     }
     // Leaving the preview copies nothing: the preview never changes the HTML.
     if (page == PageVisual)

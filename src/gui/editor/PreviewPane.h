@@ -1,0 +1,66 @@
+#pragma once
+
+#include <QString>
+#include <QWidget>
+
+class QAction;
+class QComboBox;
+class QToolButton;
+
+namespace quillora {
+class Texts;
+}
+
+namespace quillora::gui {
+
+class VisualSurface;
+
+// The Preview page: the preview surface at the width of a desktop, a phone or a tablet, in
+// light or dark mode, optionally with the sample recipient's values in its merge fields. All of
+// it works on the preview's own copy: the message is never touched.
+class PreviewPane : public QWidget {
+    Q_OBJECT
+public:
+    enum class Width { Desktop = 0, Phone = 1, Tablet = 2 };
+    static constexpr int kPhonePx = 375;
+    static constexpr int kTabletPx = 768;
+
+    PreviewPane(VisualSurface* web, QWidget* parent = nullptr);
+
+    // Shows a body (its references already pointing where the preview finds the files).
+    void showBody(const QString& html, const QString& folder);
+
+    void setWidthPreset(Width width);
+    Width widthPreset() const;
+    void setDark(bool on);
+    bool dark() const;
+    void setForceDark(bool on);
+    void setSampleRecipient(bool on);
+    bool sampleRecipient() const;
+    // Opens the window where the sample recipient's values are edited.
+    void editSampleRecipient();
+
+    void applyTexts(const Texts& texts);
+    VisualSurface* surface() const { return m_web; }
+
+signals:
+    // The preview shows the last body with every current option applied.
+    void rendered();
+
+private:
+    void render();
+    void afterLoad();
+    QString settingsFile() const;
+
+    VisualSurface* m_web;
+    QWidget* m_stage = nullptr;
+    QComboBox* m_width = nullptr;
+    QToolButton* m_dark = nullptr;
+    QAction* m_forceDark = nullptr;
+    QToolButton* m_sample = nullptr;
+    QAction* m_editSample = nullptr;
+    QString m_html;
+    QString m_folder;
+};
+
+} // namespace quillora::gui

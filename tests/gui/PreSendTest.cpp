@@ -1,0 +1,227 @@
+// The message check, the preview's widths and dark mode, and the sample recipient, driven
+// through the real main window.
+#include "core/app/TextFile.h"
+#include "core/message/MessageFile.h"
+#include "core/spamcheck/SendSettings.h"
+#include "gui/app/Session.h"
+#include "gui/editor/PreviewPane.h"
+#include "gui/editor/SourceView.h"
+#include "gui/editor/VisualSurface.h"
+#include "gui/editor/frmMain.h"
+#include "gui/spamcheck/frmCheckMessage.h"
+
+#include <QDir>
+#include <QSignalSpy>
+#include <QTabWidget>
+#include <QTest>
+#include <QTreeWidget>
+#include <QWebEnginePage>
+#include <QWebEngineScript>
+#include <gtest/gtest.h>
+
+#include "gui/PageProbe.h"
+#include "gui/TestSession.h"
+
+using namespace quillora;
+using namespace quillora::gui;
+
+namespace {
+
+const QString kCorpus = QStringLiteral(QUILLORA_SOURCE_DIR "/tests/data/html/");
+
+void saveShot(QWidget& w, const QString& name) {
+    const QString folder = QStringLiteral(QUILLORA_BINARY_DIR "/screenshots");
+    QDir().mkpath(folder);
+    w.grab().save(folder + "/" + name);
+}
+
+// The value of a script run in our own world of the page; invalid when it does not answer.
+QVariant evaluate(VisualSurface* page, const QString& script) {
+    auto answer = std::make_shared<std::optional<QVariant>>();
+    page->page()->runJavaScript(script, QWebEngineScript::ApplicationWorld,
+                                [answer](const QVariant& v) { *answer = v; });
+    if (!QTest::qWaitFor([&] { return answer->has_value(); }, 10000))
+        return {};
+    return **answer;
+}
+
+// Relative luminance (0 black .. 1 white) of the first painted background at the middle of
+// the page's width, a third of the way down, looking outwards from the element found there.
+const char* kMiddleBackground = R"(
+(function(){
+  var el = document.elementFromPoint(innerWidth / 2, innerHeight / 3);
+  for (; el; el = el.parentElement) {
+    var m = /rgba?\(([^)]+)\)/.exec(getComputedStyle(el).backgroundColor);
+    var p = m ? m[1].split(',').map(parseFloat) : null;
+    if (p && (p.length < 4 || p[3] > 0))
+      return (0.2126 * p[0] + 0.7152 * p[1] + 0.0722 * p[2]) / 255;
+  }
+  return -1;
+})())";
+
+class PreSendTest : public testing::Test {
+protected:
+    void SetUp() override { freshSession(dir); }
+    void TearDown() override {
+        window.reset();
+        bError::setLogPath(QString());
+    }
+
+    frmMain& start(const QString& commandLine = QString()) {
+        window = std::make_unique<frmMain>();
+        QSignalSpy loaded(window.get(), &frmMain::documentLoaded);
+        window->Form_Load(commandLine);
+        window->resize(1200, 820);
+        window->show();
+        EXPECT_TRUE(loaded.count() > 0 || loaded.wait(20000)) << "the new message never loaded";
+        if (!commandLine.isEmpty())
+            EXPECT_TRUE(loaded.count() > 1 || loaded.wait(20000)) << "the file never opened";
+        return *window;
+    }
+    void setBody(const QString& html) {
+        QSignalSpy done(window->visualPage(), &VisualSurface::documentComplete);
+        window->visualPage()->setDocumentHTML(html, dir.path() + "/");
+        ASSERT_TRUE(done.wait(20000));
+    }
+    // Shows the preview page and waits until it shows the body with every option applied.
+    void showPreview() {
+        QSignalSpy rendered(window->previewPane(), &PreviewPane::rendered);
+        window->tabs()->setCurrentIndex(frmMain::PagePreview);
+        ASSERT_TRUE(rendered.wait(20000));
+    }
+    void rerender(const std::function<void()>& change) {
+        QSignalSpy rendered(window->previewPane(), &PreviewPane::rendered);
+        change();
+        ASSERT_TRUE(rendered.wait(20000));
+    }
+    frmMain& openCorpus(const QString& name) {
+        MessageDocument d;
+        d.subject = name;
+        d.body = TextFile::read(kCorpus + name + "/index.html").text;
+        const QString path = dir.filePath(name + ".mssx");
+        MessageFile::SaveOptions options;
+        options.baseFolder = kCorpus + name + "/";
+        EXPECT_TRUE(MessageFile::SalvaMessaggio(d, path, options).ok());
+        return start(path);
+    }
+
+    QTemporaryDir dir;
+    std::unique_ptr<frmMain> window;
+};
+
+TEST_F(PreSendTest, ChoosingAFindingSelectsItsElementInTheVisualPage) {
+    frmMain& w = start();
+    setBody(R"(<html><body><p>Dear :::Nme:::,</p><img alt="" src="https://example.com/a.png">
+        <p>Our <a href="#">offer</a></p><img alt="" src="lost.png"><p>Bye</p></body></html>)");
+    w.Dks_CommandClick("cmdCheckMsg");
+    frmCheckMessage* check = w.checkWindow();
+    ASSERT_NE(check, nullptr);
+    EXPECT_TRUE(check->isVisible());
+    QTreeWidget* list = check->list();
+    ASSERT_EQ(list->topLevelItemCount(), int(check->findings().size()));
+    QStringList rules;
+    for (const auto& f : check->findings())
+        rules << f.rule;
+    EXPECT_EQ(rules, (QStringList{"empty-subject", "missing-file", "unknown-token",
+                                  "no-unsubscribe", "empty-link"}));
+    EXPECT_EQ(list->topLevelItem(1)->text(2), "missing-file");
+    EXPECT_TRUE(list->topLevelItem(1)->text(1).contains("lost.png"));
+    check->resize(820, 300);
+    saveShot(*check, "check-list.png");
+
+    // The missing picture is the second image of the page.
+    const QRect row = list->visualItemRect(list->topLevelItem(1));
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, row.center());
+    const QString selected = R"((function(){var s=getSelection(); if(!s.rangeCount) return '';
+        var r=s.getRangeAt(0); var n=r.startContainer.childNodes[r.startOffset];
+        return n===document.images[1] ? 'second image' : String(n && n.nodeName);})())";
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] { return evaluate(w.visualPage(), selected).toString() == "second image"; }, 10000));
+
+    // From the preview page too: the visual page comes back first.
+    w.tabs()->setCurrentIndex(frmMain::PagePreview);
+    const QRect tokenRow = list->visualItemRect(list->topLevelItem(2));
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, tokenRow.center());
+    EXPECT_EQ(w.tabs()->currentIndex(), frmMain::PageVisual);
+    const QString paragraph = R"((function(){var s=getSelection(); if(!s.rangeCount) return '';
+        var r=s.getRangeAt(0); return r.startContainer.childNodes[r.startOffset] ===
+        document.getElementsByTagName('p')[0] ? 'first paragraph' : '';})())";
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] { return evaluate(w.visualPage(), paragraph).toString() == "first paragraph"; },
+        10000));
+
+    // A subject and a right token later, a second run lists fewer findings.
+    w.bars().subject->setText("June");
+    setBody("<p>Dear :::nom:::</p><a href=\"mailto:l@example.com?subject=REMOVE\">x</a>");
+    check->runCheck();
+    EXPECT_EQ(list->topLevelItemCount(), 0);
+}
+
+TEST_F(PreSendTest, PhoneAndDarkPreviewsOfANewsletterLeaveTheMessageAlone) {
+    frmMain& w = openCorpus("colorlib-16");
+    const QString before = w.visualPage()->documentHTML().value_or(QString());
+    showPreview();
+    PreviewPane* pane = w.previewPane();
+    EXPECT_GT(evaluate(w.previewPage(), kMiddleBackground).toDouble(), 0.6) << "light by default";
+
+    pane->setWidthPreset(PreviewPane::Width::Phone);
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] { return evaluate(w.previewPage(), "innerWidth").toInt() == 375; }, 10000));
+    EXPECT_EQ(loadedPictures(w.previewPage()), 6);
+    saveShot(w, "preview-phone.png");
+
+    rerender([&] { pane->setDark(true); });
+    const double dark = evaluate(w.previewPage(), kMiddleBackground).toDouble();
+    EXPECT_GE(dark, 0.0);
+    EXPECT_LT(dark, 0.3);
+    saveShot(w, "preview-dark.png");
+
+    pane->setWidthPreset(PreviewPane::Width::Tablet);
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] { return evaluate(w.previewPage(), "innerWidth").toInt() == 768; }, 10000));
+    pane->setWidthPreset(PreviewPane::Width::Desktop);
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] { return evaluate(w.previewPage(), "innerWidth").toInt() > 768; }, 10000));
+
+    w.tabs()->setCurrentIndex(frmMain::PageVisual);
+    EXPECT_EQ(w.visualPage()->documentHTML().value_or(QString()), before);
+    EXPECT_FALSE(w.sourcePage()->text().contains("hsla"));
+    EXPECT_FALSE(w.DaSalvare());
+}
+
+TEST_F(PreSendTest, DarkModeHonoursTheMessagesOwnDarkStylesUnlessForced) {
+    frmMain& w = start();
+    setBody(R"(<html><head><style>
+        @media (prefers-color-scheme: dark) { .card { background: #203040 !important; } }
+        @media screen and (prefers-color-scheme: light) { .card { border: 3px solid red; } }
+        </style></head><body><div class="card" style="background:#ffffff;color:#000">Hello
+        </div></body></html>)");
+    showPreview();
+    const QString card = "getComputedStyle(document.querySelector('.card')).";
+    EXPECT_EQ(evaluate(w.previewPage(), card + "backgroundColor").toString(), "rgb(255, 255, 255)");
+    EXPECT_EQ(evaluate(w.previewPage(), card + "borderTopWidth").toString(), "3px");
+    rerender([&] { w.previewPane()->setDark(true); });
+    EXPECT_EQ(evaluate(w.previewPage(), card + "backgroundColor").toString(), "rgb(32, 48, 64)");
+    EXPECT_EQ(evaluate(w.previewPage(), card + "borderTopWidth").toString(), "0px");
+    EXPECT_EQ(evaluate(w.previewPage(), card + "color").toString(), "rgb(0, 0, 0)")
+        << "a message with dark styles of its own is not darkened further";
+    rerender([&] { w.previewPane()->setForceDark(true); });
+    EXPECT_NE(evaluate(w.previewPage(), card + "color").toString(), "rgb(0, 0, 0)");
+}
+
+TEST_F(PreSendTest, TheSampleRecipientFillsThePreviewOnly) {
+    SendSettings s;
+    s.sample = {{"nom", "Anna & Co"}, {"loc", "Verona"}};
+    ASSERT_TRUE(s.write(session().folders.pathFileImp + SendSettings::kFileName));
+    frmMain& w = start();
+    setBody("<p>Dear :::nom::: from :::loc:::, :::cog:::</p>");
+    showPreview();
+    const QString text = "document.body.innerText.trim()";
+    EXPECT_EQ(evaluate(w.previewPage(), text).toString(), "Dear :::nom::: from :::loc:::, :::cog:::");
+    rerender([&] { w.previewPane()->setSampleRecipient(true); });
+    EXPECT_EQ(evaluate(w.previewPage(), text).toString(), "Dear Anna & Co from Verona, :::cog:::");
+    w.tabs()->setCurrentIndex(frmMain::PageVisual);
+    EXPECT_TRUE(w.visualPage()->documentHTML().value_or(QString()).contains(":::nom::: from :::loc:::"));
+}
+
+} // namespace
