@@ -17,6 +17,8 @@ TEST_PACKAGES=(
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   clang libclang-rt-14-dev clang-format
   python3
+  # a real SMTP server for the test send, and the certificate it presents
+  python3-aiosmtpd openssl
   # the image slicer's benchmark times the same work in vips and ImageMagick
   libvips-tools imagemagick
 )
