@@ -25,6 +25,10 @@ commands:
                                          score that e-mail with SpamAssassin
   check [--json] [--size-limit MB] FILE  check a message before sending it (exit 3 when it
                                          has errors)
+  send FILE --account ID --to ADDR [--trust-certificate SHA256] [--timeout S]
+                                         send a message as a test to one address through
+                                         an account (password: QUILLORA_SMTP_PASSWORD or
+                                         standard input)
   accounts list                          list the sender accounts
   accounts add --name NAME --address ADDRESS [--server HOST] [--port N]
                [--auth none|plain|login] [--security none|starttls|ssl|auto] [--inactive]
@@ -42,8 +46,9 @@ struct Command {
 };
 
 constexpr Command kCommands[] = {
-    {"info", info},    {"extract", extract},     {"pack", pack},          {"slice", slice},
-    {"to-eml", toEml}, {"spamcheck", spamcheck}, {"check", checkMessage}, {"accounts", accounts},
+    {"info", info},          {"extract", extract}, {"pack", pack},
+    {"slice", slice},        {"to-eml", toEml},    {"spamcheck", spamcheck},
+    {"check", checkMessage}, {"send", sendTest},   {"accounts", accounts},
 };
 
 // An option name as it would be typed.

@@ -29,6 +29,7 @@ int slice(const QStringList& args);
 int toEml(const QStringList& args);
 int spamcheck(const QStringList& args);
 int checkMessage(const QStringList& args);
+int sendTest(const QStringList& args);
 
 // A positional argument; every one a command declares is required.
 struct Positional {
