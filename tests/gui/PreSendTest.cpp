@@ -9,8 +9,18 @@
 #include "gui/editor/VisualSurface.h"
 #include "gui/editor/frmMain.h"
 #include "gui/spamcheck/frmCheckMessage.h"
+#include "gui/spamcheck/frmSendTest.h"
 
+#include <QCheckBox>
 #include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QProcess>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QTabWidget>
 #include <QTest>
@@ -28,6 +38,11 @@ using namespace quillora::gui;
 namespace {
 
 const QString kCorpus = QStringLiteral(QUILLORA_SOURCE_DIR "/tests/data/html/");
+
+QByteArray readFile(const QString& path) {
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
 
 void saveShot(QWidget& w, const QString& name) {
     const QString folder = QStringLiteral(QUILLORA_BINARY_DIR "/screenshots");
@@ -59,6 +74,13 @@ const char* kMiddleBackground = R"(
   return -1;
 })())";
 
+// The luminance of what the preview shows at the same point, once the engine has painted it.
+double paintedLuminance(VisualSurface* page) {
+    const QImage shot = page->grab().toImage();
+    const QColor c = shot.pixelColor(shot.width() / 2, shot.height() / 3);
+    return (0.2126 * c.red() + 0.7152 * c.green() + 0.0722 * c.blue()) / 255.0;
+}
+
 class PreSendTest : public testing::Test {
 protected:
     void SetUp() override { freshSession(dir); }
@@ -74,8 +96,9 @@ protected:
         window->resize(1200, 820);
         window->show();
         EXPECT_TRUE(loaded.count() > 0 || loaded.wait(20000)) << "the new message never loaded";
-        if (!commandLine.isEmpty())
+        if (!commandLine.isEmpty()) {
             EXPECT_TRUE(loaded.count() > 1 || loaded.wait(20000)) << "the file never opened";
+        }
         return *window;
     }
     void setBody(const QString& html) {
@@ -158,35 +181,35 @@ TEST_F(PreSendTest, ChoosingAFindingSelectsItsElementInTheVisualPage) {
 }
 
 TEST_F(PreSendTest, PhoneAndDarkPreviewsOfANewsletterLeaveTheMessageAlone) {
-    frmMain& w = openCorpus("colorlib-16");
+    frmMain& w = openCorpus("philwareham-responsive-email");
     const QString before = w.visualPage()->documentHTML().value_or(QString());
+    const bool modified = w.DaSalvare();
     showPreview();
     PreviewPane* pane = w.previewPane();
     EXPECT_GT(evaluate(w.previewPage(), kMiddleBackground).toDouble(), 0.6) << "light by default";
 
-    pane->setWidthPreset(PreviewPane::Width::Phone);
-    EXPECT_TRUE(QTest::qWaitFor(
-        [&] { return evaluate(w.previewPage(), "innerWidth").toInt() == 375; }, 10000));
-    EXPECT_EQ(loadedPictures(w.previewPage()), 6);
+    rerender([&] { pane->setWidthPreset(PreviewPane::Width::Phone); });
+    EXPECT_EQ(evaluate(w.previewPage(), "innerWidth").toInt(), 375);
+    EXPECT_GT(loadedPictures(w.previewPage()), 3);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return paintedLuminance(w.previewPage()) > 0.6; }, 10000));
     saveShot(w, "preview-phone.png");
 
     rerender([&] { pane->setDark(true); });
     const double dark = evaluate(w.previewPage(), kMiddleBackground).toDouble();
     EXPECT_GE(dark, 0.0);
     EXPECT_LT(dark, 0.3);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return paintedLuminance(w.previewPage()) < 0.3; }, 10000));
     saveShot(w, "preview-dark.png");
 
-    pane->setWidthPreset(PreviewPane::Width::Tablet);
-    EXPECT_TRUE(QTest::qWaitFor(
-        [&] { return evaluate(w.previewPage(), "innerWidth").toInt() == 768; }, 10000));
-    pane->setWidthPreset(PreviewPane::Width::Desktop);
-    EXPECT_TRUE(QTest::qWaitFor(
-        [&] { return evaluate(w.previewPage(), "innerWidth").toInt() > 768; }, 10000));
+    rerender([&] { pane->setWidthPreset(PreviewPane::Width::Tablet); });
+    EXPECT_EQ(evaluate(w.previewPage(), "innerWidth").toInt(), 768);
+    rerender([&] { pane->setWidthPreset(PreviewPane::Width::Desktop); });
+    EXPECT_GT(evaluate(w.previewPage(), "innerWidth").toInt(), 768);
 
     w.tabs()->setCurrentIndex(frmMain::PageVisual);
     EXPECT_EQ(w.visualPage()->documentHTML().value_or(QString()), before);
     EXPECT_FALSE(w.sourcePage()->text().contains("hsla"));
-    EXPECT_FALSE(w.DaSalvare());
+    EXPECT_EQ(w.DaSalvare(), modified);
 }
 
 TEST_F(PreSendTest, DarkModeHonoursTheMessagesOwnDarkStylesUnlessForced) {
@@ -217,11 +240,88 @@ TEST_F(PreSendTest, TheSampleRecipientFillsThePreviewOnly) {
     setBody("<p>Dear :::nom::: from :::loc:::, :::cog:::</p>");
     showPreview();
     const QString text = "document.body.innerText.trim()";
-    EXPECT_EQ(evaluate(w.previewPage(), text).toString(), "Dear :::nom::: from :::loc:::, :::cog:::");
+    EXPECT_EQ(evaluate(w.previewPage(), text).toString(),
+              "Dear :::nom::: from :::loc:::, :::cog:::");
     rerender([&] { w.previewPane()->setSampleRecipient(true); });
     EXPECT_EQ(evaluate(w.previewPage(), text).toString(), "Dear Anna & Co from Verona, :::cog:::");
     w.tabs()->setCurrentIndex(frmMain::PageVisual);
-    EXPECT_TRUE(w.visualPage()->documentHTML().value_or(QString()).contains(":::nom::: from :::loc:::"));
+    EXPECT_TRUE(
+        w.visualPage()->documentHTML().value_or(QString()).contains(":::nom::: from :::loc:::"));
+}
+
+// A send through the window to a real SMTP server on 127.0.0.1 (STARTTLS, a certificate made
+// here): refused first, sent once the user trusts the certificate for this send.
+TEST_F(PreSendTest, SendTestGoesThroughTheAccountsServer) {
+    QTemporaryDir keys;
+    QProcess openssl;
+    openssl.start("openssl", {"req", "-x509", "-newkey", "rsa:2048", "-nodes", "-keyout",
+                              keys.filePath("key.pem"), "-out", keys.filePath("cert.pem"), "-days",
+                              "2", "-subj", "/CN=127.0.0.1"});
+    ASSERT_TRUE(openssl.waitForFinished(60000) && openssl.exitCode() == 0);
+    QTemporaryDir inbox;
+    QProcess server;
+    server.start("/usr/bin/python3",
+                 {QUILLORA_SOURCE_DIR "/tests/integration/smtp_server.py", inbox.path(), "--tls",
+                  keys.filePath("cert.pem"), keys.filePath("key.pem"), "--starttls", "--user",
+                  "anna@example.com", "--password", "s3cret"});
+    int port = 0;
+    while (port == 0) {
+        while (port == 0 && server.canReadLine()) {
+            const QByteArray line = server.readLine().trimmed();
+            if (line.startsWith("READY "))
+                port = line.mid(6).toInt();
+        }
+        if (port == 0 && !server.waitForReadyRead(20000))
+            break;
+    }
+    ASSERT_GT(port, 0);
+
+    ASSERT_TRUE(AccountStore::open(session().folders.accountDatabase()).ok());
+    Account a;
+    a.displayName = "Anna Rossi";
+    a.address = "anna@example.com";
+    a.smtpServer = "127.0.0.1";
+    a.port = port;
+    a.authentication = "login";
+    a.security = "starttls";
+    ASSERT_TRUE(AccountStore().add(a));
+
+    frmMain& w = openCorpus("philwareham-responsive-email");
+    w.Dks_CommandClick("cmdSendTest");
+    frmSendTest* send = w.sendTestWindow();
+    ASSERT_NE(send, nullptr);
+    send->findChild<QLineEdit*>("txtTo")->setText("me@example.org");
+    send->findChild<QLineEdit*>("txtPassword")->setText("s3cret");
+    QSignalSpy finished(send, &frmSendTest::finished);
+    QTest::mouseClick(send->findChild<QPushButton*>("cmdSend"), Qt::LeftButton);
+    EXPECT_TRUE(send->isSending());
+    ASSERT_TRUE(finished.wait(30000));
+    EXPECT_EQ(send->lastResult().outcome, smtp::Outcome::BadCertificate);
+    auto* trust = send->findChild<QCheckBox*>("chkTrustOnce");
+    EXPECT_TRUE(trust->isVisible());
+    trust->setChecked(true);
+    QTest::mouseClick(send->findChild<QPushButton*>("cmdSend"), Qt::LeftButton);
+    ASSERT_TRUE(finished.wait(30000));
+    EXPECT_EQ(send->lastResult().outcome, smtp::Outcome::Sent);
+    EXPECT_TRUE(send->findChild<QLabel*>("lblResult")
+                    ->text()
+                    .startsWith("The test message was sent. The server answered: 250"));
+    EXPECT_FALSE(send->findChild<QPlainTextEdit*>("txtLog")->toPlainText().contains("s3cret"));
+    send->resize(640, 440);
+    saveShot(*send, "send-test.png");
+
+    const QJsonObject got = QJsonDocument::fromJson(readFile(inbox.filePath("1.json"))).object();
+    EXPECT_EQ(got["subject"].toString(), "philwareham-responsive-email");
+    EXPECT_TRUE(got["tls"].toBool());
+    EXPECT_EQ(got["defects"].toArray().size(), 0);
+    // The next send remembers the address and the account.
+    const SendSettings remembered =
+        SendSettings::read(session().folders.pathFileImp + SendSettings::kFileName);
+    EXPECT_EQ(remembered.testAddress, "me@example.org");
+    server.closeWriteChannel();
+    server.waitForFinished(10000);
+    window.reset();
+    AccountStore::close();
 }
 
 } // namespace

@@ -25,6 +25,7 @@ class frmAllegati;
 class frmCheckSpam;
 class frmCheckMessage;
 class frmColor;
+class frmSendTest;
 class PreviewPane;
 
 // The editor's main window: the three pages, the command bars, the attachments pane and the
@@ -97,6 +98,9 @@ public:
     std::optional<check::CheckInput> checkInput();
     void selectFinding(const check::ElementRef& element);
     frmCheckMessage* checkWindow() const;
+    // "Send test...": the message as a mailing sends it, through an account, to one address.
+    void InvioProva();
+    frmSendTest* sendTestWindow() const;
     PreviewPane* previewPane() const { return m_preview; }
 
     // The current body: from the page that holds it.
@@ -159,6 +163,7 @@ private:
     VisualSurface* WEB = nullptr;
     PreviewPane* m_preview = nullptr;
     QPointer<frmCheckMessage> m_check;
+    QPointer<frmSendTest> m_sendTest;
     QLabel* lblTags = nullptr;
     QLabel* lblTag = nullptr;
     QLabel* stcHelp = nullptr;

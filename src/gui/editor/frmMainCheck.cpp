@@ -1,10 +1,13 @@
 // The check before sending, from the main window.
+#include "core/spamcheck/TestMail.h"
 #include "gui/app/Session.h"
 #include "gui/editor/VisualSurface.h"
 #include "gui/editor/frmMain.h"
 #include "gui/message/frmAllegati.h"
 #include "gui/spamcheck/frmCheckMessage.h"
+#include "gui/spamcheck/frmSendTest.h"
 
+#include <QSysInfo>
 #include <QTabWidget>
 
 namespace quillora::gui {
@@ -56,6 +59,53 @@ void frmMain::selectFinding(const check::ElementRef& element) {
         return; // the visual page could not take the body: the source page is shown
     DHTML->selectElement(element.tag, element.index);
     DHTML->setFocus();
+}
+
+frmSendTest* frmMain::sendTestWindow() const {
+    return m_sendTest;
+}
+
+void frmMain::InvioProva() {
+    if (!m_sendTest) {
+        QPointer<frmMain> self(this);
+        m_sendTest = new frmSendTest(
+            [self]() -> std::optional<frmSendTest::Composer> {
+                if (!self)
+                    return std::nullopt;
+                self->collectDocument();
+                const std::optional<QString> body = self->bodyHtml();
+                if (!body) {
+                    self->reportError(
+                        QStringLiteral("InvioProva"),
+                        QStringLiteral("The visual page did not give back its HTML in time"));
+                    return std::nullopt;
+                }
+                TestMail::Content content;
+                content.subject = self->m_doc.subject;
+                content.priority = self->m_doc.priorityCode();
+                content.attachments = self->m_doc.attachments;
+                content.body = *body;
+                TestMail::Options options;
+                // What readers get: no spam-check marks, no read counter.
+                options.clientMarks = false;
+                options.readCounter = false;
+                options.machineName = QSysInfo::machineHostName();
+                options.baseFolder = self->workFolder();
+                return [content, options](const Account& sender,
+                                          const QString& to) -> frmSendTest::Composed {
+                    TestMail::Options o = options;
+                    o.sender = sender;
+                    o.recipientAddress = to;
+                    const TestMail::Result r = TestMail::compose(content, o);
+                    return {r.ok() ? r.message : nullptr, r.error};
+                };
+            },
+            this);
+        m_sendTest->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    m_sendTest->show();
+    m_sendTest->raise();
+    m_sendTest->activateWindow();
 }
 
 } // namespace quillora::gui

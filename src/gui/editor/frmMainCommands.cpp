@@ -184,7 +184,14 @@ void frmMain::runCommand(const QString& id) {
         VerificaMessaggio();
         break;
     case Action::SendTest:
-        showNotAvailable(id);
+        if (!session().accountsError.isEmpty()) {
+            bMessage::ShowMessage(
+                m_texts.get(QStringLiteral("Attenzione")),
+                m_texts.get(QStringLiteral("AccountNonDisponibili")), session().accountsError,
+                QString(), quillora::bMessage::kIconWarning, quillora::bMessage::kIconNone, this);
+            break;
+        }
+        InvioProva();
         break;
     case Action::ImportFromImage:
         if (DaSalvare())
