@@ -209,6 +209,7 @@ Settings settingsFor(const Account& account, const QString& password) {
     const QString security = account.security.toLower();
     s.security = security == u"ssl"_s        ? Security::Ssl
                  : security == u"starttls"_s ? Security::StartTls
+                 : security == u"auto"_s     ? Security::Auto
                                              : Security::None;
     const QString auth = account.authentication.toLower();
     s.auth = auth == u"plain"_s ? Auth::Plain : auth == u"login"_s ? Auth::Login : Auth::None;
@@ -243,7 +244,8 @@ Result send(const vmime::shared_ptr<vmime::message>& message, const Settings& se
         const vmime::utility::url url(settings.security == Security::Ssl ? "smtps" : "smtp",
                                       settings.host.toStdString(), settings.port);
         transport = session->getTransport(url);
-        transport->setProperty("connection.tls", settings.security == Security::StartTls);
+        transport->setProperty("connection.tls", settings.security == Security::StartTls ||
+                                                     settings.security == Security::Auto);
         transport->setProperty("connection.tls.required", settings.security == Security::StartTls);
         transport->setProperty("options.need-authentication", settings.auth != Auth::None);
         if (settings.auth != Auth::None) {

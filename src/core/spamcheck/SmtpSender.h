@@ -20,7 +20,8 @@ class Texts;
 // thread and stop it through the cancel flag.
 namespace quillora::smtp {
 
-enum class Security { None, StartTls, Ssl };
+// Auto: STARTTLS when the server offers it, plain otherwise.
+enum class Security { None, StartTls, Ssl, Auto };
 enum class Auth { None, Plain, Login };
 
 struct Settings {

@@ -190,7 +190,9 @@ INSTANTIATE_TEST_SUITE_P(
     Servers, Delivery,
     testing::Values(DeliveryCase{"PlainLogin", Mode::Plain, "", "none", "login"},
                     DeliveryCase{"StartTlsPlain", Mode::StartTls, "", "starttls", "plain"},
-                    DeliveryCase{"SslLogin", Mode::Ssl, "", "ssl", "login"}),
+                    DeliveryCase{"SslLogin", Mode::Ssl, "", "ssl", "login"},
+                    DeliveryCase{"AutoOnAPlainServer", Mode::Plain, "", "auto", "plain"},
+                    DeliveryCase{"AutoTakesStartTls", Mode::StartTls, "", "auto", "login"}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST(SmtpSender, AWrongPasswordIsARefusedLogin) {
