@@ -4,11 +4,11 @@
 #include "core/app/AccountStore.h"
 #include "core/app/TextFile.h"
 #include "core/app/Texts.h"
-#include "core/message/MessageFile.h"
+#include "core/app/bFunctions.h"
 #include "core/spamcheck/SmtpSender.h"
 #include "core/spamcheck/TestMail.h"
 
-#include <QSysInfo>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTextStream>
 #include <cstdio>
@@ -111,26 +111,23 @@ int sendTest(const QStringList& args) {
         return kBadInput;
     }
     const QString file = parser.positionalArguments().at(0);
-    QString error;
-    const std::optional<check::CheckInput> message =
-        checkInputFromFile(file, restore.path() + u'/', &error);
-    if (!message) {
-        printError(QStringLiteral("%1: %2").arg(file, error));
+    QStringList warnings;
+    const TestMail::ReadResult read =
+        TestMail::readMessageFile(file, restore.path() + u'/', &warnings);
+    for (const QString& w : warnings)
+        printError(w);
+    if (!read.ok()) {
+        printError(QStringLiteral("%1: %2").arg(file, read.error));
         return kBadInput;
     }
-    const MessageFile::ReadResult read = MessageFile::read(file);
-    TestMail::Content content;
-    content.subject = message->subject;
-    content.priority = read.content.priority;
-    content.attachments = message->attachments;
-    content.body = message->html;
+    // What readers get: no spam-check marks, no read counter.
     TestMail::Options options;
     options.sender = *account;
     options.recipientAddress = to;
     options.clientMarks = false;
-    options.machineName = QSysInfo::machineHostName();
-    options.baseFolder = message->baseFolder;
-    const TestMail::Result composed = TestMail::compose(content, options);
+    options.machineName = bFunctions::GetNamePC();
+    options.baseFolder = QFileInfo(file).absolutePath() + u'/';
+    const TestMail::Result composed = TestMail::compose(read.content, options);
     if (!composed.ok()) {
         printError(QStringLiteral("%1: %2").arg(file, composed.error));
         return kBadInput;

@@ -1,4 +1,5 @@
 // The check before sending, from the main window.
+#include "core/app/bFunctions.h"
 #include "core/spamcheck/TestMail.h"
 #include "gui/app/Session.h"
 #include "gui/editor/VisualSurface.h"
@@ -7,7 +8,6 @@
 #include "gui/spamcheck/frmCheckMessage.h"
 #include "gui/spamcheck/frmSendTest.h"
 
-#include <QSysInfo>
 #include <QTabWidget>
 
 namespace quillora::gui {
@@ -89,7 +89,7 @@ void frmMain::InvioProva() {
                 // What readers get: no spam-check marks, no read counter.
                 options.clientMarks = false;
                 options.readCounter = false;
-                options.machineName = QSysInfo::machineHostName();
+                options.machineName = bFunctions::GetNamePC();
                 options.baseFolder = self->workFolder();
                 return [content, options](const Account& sender,
                                           const QString& to) -> frmSendTest::Composed {
