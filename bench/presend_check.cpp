@@ -25,8 +25,10 @@ const QString& page() {
         const qsizetype bodyEnd = one.lastIndexOf(QLatin1String("</body>"));
         const QStringView body = QStringView(one).sliced(bodyStart, bodyEnd - bodyStart);
         QString text = one.first(bodyStart);
-        while (text.size() < kPageSize)
-            text += body + QStringLiteral("<p>Dear :::nom::: :::Nme:::</p>");
+        while (text.size() < kPageSize) {
+            text += body;
+            text += QStringLiteral("<p>Dear :::nom::: :::Nme:::</p>");
+        }
         return text + one.sliced(bodyEnd);
     }();
     return text;

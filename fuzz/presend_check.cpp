@@ -14,7 +14,7 @@ using namespace quillora;
 
 namespace {
 
-void check(const QString& html) {
+void checkPage(const QString& html) {
     static const Texts texts = Texts::builtIn(QStringLiteral("English"));
     check::CheckInput input;
     input.html = html;
@@ -44,9 +44,9 @@ void check(const QString& html) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    check(QString::fromUtf8(reinterpret_cast<const char*>(data), qsizetype(size)));
+    checkPage(QString::fromUtf8(reinterpret_cast<const char*>(data), qsizetype(size)));
     QString units(qsizetype(size / 2), Qt::Uninitialized);
     std::memcpy(units.data(), data, size_t(units.size()) * 2);
-    check(units);
+    checkPage(units);
     return 0;
 }
