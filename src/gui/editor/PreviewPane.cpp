@@ -57,14 +57,13 @@ PreviewPane::PreviewPane(VisualSurface* web, QWidget* parent) : QWidget(parent),
     m_dark->setText(u"Dark mode"_s);
     m_dark->setIcon(QIcon::fromTheme(u"weather-clear-night"_s));
     m_dark->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    m_dark->setPopupMode(QToolButton::MenuButtonPopup);
     m_dark->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_D));
-    auto* darkMenu = new QMenu(m_dark);
-    m_forceDark = darkMenu->addAction(u"Always darken the colours"_s);
+    bar->addWidget(m_dark);
+    m_forceDark =
+        new QAction(QIcon::fromTheme(u"color-management"_s), u"Always darken the colours"_s, this);
     m_forceDark->setObjectName(u"chkForceDark"_s);
     m_forceDark->setCheckable(true);
-    m_dark->setMenu(darkMenu);
-    bar->addWidget(m_dark);
+    bar->addAction(m_forceDark);
     bar->addSeparator();
 
     m_sample = new QToolButton(bar);
@@ -73,12 +72,11 @@ PreviewPane::PreviewPane(VisualSurface* web, QWidget* parent) : QWidget(parent),
     m_sample->setText(u"Sample recipient"_s);
     m_sample->setIcon(QIcon::fromTheme(u"user-identity"_s));
     m_sample->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    m_sample->setPopupMode(QToolButton::MenuButtonPopup);
-    auto* sampleMenu = new QMenu(m_sample);
-    m_editSample = sampleMenu->addAction(u"Edit the sample recipient..."_s);
-    m_editSample->setObjectName(u"cmdEditSample"_s);
-    m_sample->setMenu(sampleMenu);
     bar->addWidget(m_sample);
+    m_editSample =
+        new QAction(QIcon::fromTheme(u"document-edit"_s), u"Edit the sample recipient..."_s, this);
+    m_editSample->setObjectName(u"cmdEditSample"_s);
+    bar->addAction(m_editSample);
     layout->addWidget(bar);
 
     // The surface sits on a grey stage that shows where a narrow screen ends.
