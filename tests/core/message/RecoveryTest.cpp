@@ -1,0 +1,118 @@
+#include "core/message/Recovery.h"
+#include "core/TestFiles.h"
+#include "core/message/MessageFile.h"
+
+#include <QTemporaryDir>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace quillora;
+
+namespace {
+
+MessageDocument changedMessage(const QString& path) {
+    MessageDocument doc;
+    doc.subject = QStringLiteral("Spring offer");
+    doc.body = QStringLiteral("<html><body><p>Typed before the crash</p></body></html>");
+    if (!path.isEmpty())
+        doc.markSaved(path);
+    doc.Modificato();
+    return doc;
+}
+
+// A copy written by another editor that then ends without cleaning up, as a killed one does.
+void writeFromAnotherProcess(const QString& pathFileImp, const MessageDocument& doc) {
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        Recovery::Writer writer(pathFileImp);
+        const bool ok = writer.isValid() && writer.write(doc, QString()).ok();
+        _exit(ok ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+}
+
+} // namespace
+
+TEST(Recovery, ACopyLeftByAnEditorThatIsGoneIsOfferedWithItsOriginalFile) {
+    QTemporaryDir dir;
+    const QString data = dir.filePath("data/");
+    const QString original = dir.filePath("news/offer.mssx");
+    writeFromAnotherProcess(data, changedMessage(original));
+
+    std::vector<Recovery::Claim> claims = Recovery::claimOrphans(data);
+    ASSERT_EQ(claims.size(), 1u);
+    const Recovery::Copy& c = claims.front().copy();
+    EXPECT_EQ(c.originalPath, original);
+    EXPECT_EQ(c.titleName, QStringLiteral("[offer.mssx]"));
+    EXPECT_TRUE(c.messageFile.startsWith(Recovery::folder(data)));
+    // A complete message file that any reader takes.
+    const MessageFile::ReadResult r = MessageFile::read(c.messageFile);
+    ASSERT_TRUE(r.ok()) << r.error.toStdString();
+    EXPECT_EQ(r.content.subject, QStringLiteral("Spring offer"));
+    EXPECT_TRUE(r.content.body.contains(QStringLiteral("Typed before the crash")));
+    EXPECT_FALSE(QFileInfo::exists(original)); // never written over (or beside) the user's file
+}
+
+TEST(Recovery, TheCopyOfAnEditorStillRunningIsNeverTaken) {
+    QTemporaryDir dir;
+    const QString data = dir.filePath("data/");
+    Recovery::Writer running(data);
+    ASSERT_TRUE(running.isValid());
+    ASSERT_TRUE(running.write(changedMessage(dir.filePath("a.mssx")), QString()).ok());
+    EXPECT_TRUE(Recovery::claimOrphans(data).empty());
+    // A second editor has a slot of its own.
+    Recovery::Writer second(data);
+    ASSERT_TRUE(second.isValid());
+    EXPECT_NE(second.messageFile(), running.messageFile());
+}
+
+TEST(Recovery, AClaimedCopyIsNotOfferedTwiceAndStaysUntilDiscarded) {
+    QTemporaryDir dir;
+    const QString data = dir.filePath("data/");
+    writeFromAnotherProcess(data, changedMessage(QString()));
+    {
+        std::vector<Recovery::Claim> first = Recovery::claimOrphans(data);
+        ASSERT_EQ(first.size(), 1u);
+        EXPECT_EQ(first.front().copy().titleName, QStringLiteral("[NuovoFile.mssx]"));
+        EXPECT_TRUE(Recovery::claimOrphans(data).empty()); // another editor starting now
+    }
+    // Let go without a choice: offered again later.
+    std::vector<Recovery::Claim> again = Recovery::claimOrphans(data);
+    ASSERT_EQ(again.size(), 1u);
+    const QString file = again.front().copy().messageFile;
+    again.front().discard();
+    EXPECT_FALSE(QFileInfo::exists(file));
+    EXPECT_TRUE(Recovery::claimOrphans(data).empty());
+    EXPECT_TRUE(QDir(Recovery::folder(data)).isEmpty());
+}
+
+TEST(Recovery, ACleanCloseLeavesNothingAndAnUncleanOneLeavesTheCopy) {
+    QTemporaryDir dir;
+    const QString data = dir.filePath("data/");
+    {
+        Recovery::Writer w(data);
+        ASSERT_TRUE(w.write(changedMessage(QString()), QString()).ok());
+        EXPECT_TRUE(w.hasCopy());
+        w.remove();
+        EXPECT_FALSE(w.hasCopy());
+    }
+    EXPECT_TRUE(QDir(Recovery::folder(data)).isEmpty());
+    {
+        // A close on a signal writes the copy and keeps it.
+        Recovery::Writer w(data);
+        ASSERT_TRUE(w.write(changedMessage(QString()), QString()).ok());
+    }
+    EXPECT_EQ(Recovery::claimOrphans(data).size(), 1u);
+}
+
+TEST(Recovery, AFolderThatCannotBeMadeGivesAWriterThatSaysSo) {
+    QTemporaryDir dir;
+    writeBytes(dir.filePath("file")); // a file where the data folder should be
+    Recovery::Writer w(dir.filePath("file/"));
+    EXPECT_FALSE(w.isValid());
+    EXPECT_FALSE(w.write(changedMessage(QString()), QString()).ok());
+    EXPECT_TRUE(Recovery::claimOrphans(dir.filePath("file/")).empty());
+}
