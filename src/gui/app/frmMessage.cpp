@@ -104,6 +104,12 @@ QString buttonCaption(int id) {
         return QObject::tr("Yes");
     case kIdNo:
         return QObject::tr("No");
+    case kIdRestore:
+        return QObject::tr("&Restore");
+    case kIdSaveElsewhere:
+        return QObject::tr("&Save elsewhere...");
+    case kIdDiscard:
+        return QObject::tr("&Discard");
     default:
         return QObject::tr("OK");
     }
@@ -115,6 +121,12 @@ QString buttonName(int id) {
         return QStringLiteral("cmdYes");
     case kIdNo:
         return QStringLiteral("cmdNo");
+    case kIdRestore:
+        return QStringLiteral("cmdRipristina");
+    case kIdSaveElsewhere:
+        return QStringLiteral("cmdSalvaAltrove");
+    case kIdDiscard:
+        return QStringLiteral("cmdScarta");
     default:
         return QStringLiteral("cmdOK");
     }
@@ -355,6 +367,22 @@ int ShowMessageYesNo(const QString& key, const QString& title, const QString& in
                      mm::contentMarkup(content), mm::footerMarkup(footer));
         box.setIcons(mainIcon, footerIcon);
         box.setButtons({kIdYes, kIdNo});
+        id = runBox(box, key);
+    });
+    return id;
+}
+
+int ShowMessageChoice(const QString& key, const QString& title, const QString& instruction,
+                      const QString& content, const QList<int>& buttons, int mainIcon) {
+    int id = 0;
+    QWidget* parent = mainWindow();
+    reported("bMessage.ShowMessageChoice()", parent, [&] {
+        frmMessage::setMessageKey(key);
+        frmMessage box(parent);
+        box.setTexts(mm::escapeTitle(title), mm::instructionMarkup(instruction),
+                     mm::contentMarkup(content), QString());
+        box.setIcons(mainIcon, int(mm::kIconNone));
+        box.setButtons(buttons);
         id = runBox(box, key);
     });
     return id;

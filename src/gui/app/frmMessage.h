@@ -31,6 +31,10 @@ public:
 inline constexpr int kIdOk = 1;
 inline constexpr int kIdYes = 6;
 inline constexpr int kIdNo = 7;
+// The choices offered for a recovery copy.
+inline constexpr int kIdRestore = 100;
+inline constexpr int kIdSaveElsewhere = 101;
+inline constexpr int kIdDiscard = 102;
 
 // Everything a box shows, handed to the session's dialogs to be answered.
 struct MessageRequest {
@@ -111,6 +115,12 @@ int ShowMessageYesNo(const QString& key, const QString& title, const QString& in
                      const QString& content, const QString& footer = QString(),
                      int mainIcon = quillora::bMessage::kIconQuestion,
                      int footerIcon = quillora::bMessage::kIconNone);
+
+// A question with the given buttons (kIdRestore, kIdSaveElsewhere, kIdDiscard, kIdYes, kIdNo)
+// under a key, owned by the main window. Returns the id chosen, or 0 when the box failed.
+int ShowMessageChoice(const QString& key, const QString& title, const QString& instruction,
+                      const QString& content, const QList<int>& buttons,
+                      int mainIcon = quillora::bMessage::kIconQuestion);
 
 // What the last box showed (its box pointer is cleared).
 MessageRequest lastRequest();
