@@ -1,10 +1,14 @@
 // The editor's entry: one optional message file on the command line.
 #include "core/app/Folders.h"
 #include "core/app/ProgramFolders.h"
+#include "gui/app/Dialogs.h"
+#include "gui/app/MessageOwner.h"
+#include "gui/app/ScriptedAnswers.h"
 #include "gui/app/bMain.h"
 
 #include <QApplication>
 #include <QIcon>
+#include <QTextStream>
 
 int main(int argc, char** argv) {
     // The windows take their colours from the product family's scheme files, not from the
@@ -25,6 +29,15 @@ int main(int argc, char** argv) {
     quillora::gui::bMain::installSignalHandlers();
     QStringList args = QApplication::arguments();
     args.removeFirst();
-    return quillora::gui::bMain::Main(app, quillora::ProgramFolders::locate(),
-                                      quillora::CommandLineFileName(args));
+    const QString file = quillora::CommandLineFileName(args);
+    // A message that another editor already has open is not edited twice: that window
+    // comes forward and this process ends.
+    if (!file.isEmpty() && quillora::MessageOwner::bringForward(file)) {
+        QTextStream(stdout) << "quillora: " << file
+                            << " is already open in another window, brought forward\n";
+        return 0;
+    }
+    if (auto scripted = quillora::gui::ScriptedAnswers::fromEnvironment())
+        quillora::gui::setDialogs(scripted);
+    return quillora::gui::bMain::Main(app, quillora::ProgramFolders::locate(), file);
 }

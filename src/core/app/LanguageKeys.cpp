@@ -106,6 +106,14 @@ constexpr Target kRows[] = {
     message("spamAnnulla"),
     message("EsportaEmlTitolo"),
     message("EsportaEmlNoAccount"),
+    // ours: recent messages, recovery copies, one window per message.
+    message("RecentiMancante"),
+    message("RecentiNessuno"),
+    message("RecentiRimuoviMancanti"),
+    message("RecentiSvuota"),
+    message("RecuperoIstruzione"),
+    message("RecuperoScritta"),
+    message("MessaggioGiaAperto"),
 
     window("frmPropBody"),
     control("frmPropBody", "lbl"),
@@ -296,6 +304,7 @@ constexpr Target kRows[] = {
     tool("cmdSocial"),
     tool("cmdHelp"),
     mainWindow(K::PopupMenu, "mnuImporta"),
+    mainWindow(K::PopupMenu, "mnuRecenti"),
     mainWindow(K::ComboCaption, "cmbFontName"),
     mainWindow(K::ComboCaption, "cmbFontSize"),
 
@@ -376,6 +385,9 @@ constexpr Target kRows[] = {
     control("frmMessage", "cmdOK"),
     control("frmMessage", "cmdYes"),
     control("frmMessage", "cmdNo"),
+    control("frmMessage", "cmdRipristina"),
+    control("frmMessage", "cmdSalvaAltrove"),
+    control("frmMessage", "cmdScarta"),
 };
 
 QString keyOf(const Target& t) {

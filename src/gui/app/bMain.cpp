@@ -15,6 +15,7 @@
 #include <QLocale>
 #include <QPointer>
 #include <QProgressBar>
+#include <QSessionManager>
 #include <QSocketNotifier>
 #include <QTimer>
 #include <csignal>
@@ -27,6 +28,7 @@ namespace quillora::gui::bMain {
 namespace {
 
 int g_signalFds[2] = {-1, -1};
+bool g_quitBeforeWindow = false; // a signal came before the main window was there
 
 void onSignal(int) {
     const char c = 1;
@@ -42,13 +44,15 @@ void installSignalHandlers() {
     QObject::connect(notifier, &QSocketNotifier::activated, qApp, [] {
         char c;
         [[maybe_unused]] const ssize_t n = ::read(g_signalFds[1], &c, 1);
-        // Like a desktop logout: close the main window the normal way.
+        // Like a desktop logout: nobody can answer a question now, so the main window keeps
+        // unsaved changes in its recovery copy and closes without asking.
         for (QWidget* w : QApplication::topLevelWidgets()) {
             if (auto* main = qobject_cast<frmMain*>(w)) {
-                main->close();
+                main->closeForLogout();
                 return;
             }
         }
+        g_quitBeforeWindow = true;
         QApplication::exit(0);
     });
     struct sigaction sa = {};
@@ -112,9 +116,26 @@ int Main(QApplication& app, const Folders& folders, const QString& commandLineFi
     QApplication::restoreOverrideCursor();
     if (!window)
         return 1;
+    if (g_quitBeforeWindow) {
+        // Ended while starting: nothing was edited yet, the window closes the normal way.
+        window->closeForLogout();
+        window.reset();
+        AccountStore::close();
+        return 0;
+    }
     window->show();
     QObject::connect(window.get(), &frmMain::closed, &app, &QApplication::quit,
                      Qt::QueuedConnection);
+    // The session manager asks before it ends the program: the copy is written then, and the
+    // close that follows asks nothing.
+    QPointer<frmMain> sessionGuard(window.get());
+    QObject::connect(
+        &app, &QGuiApplication::commitDataRequest, window.get(),
+        [sessionGuard](QSessionManager&) {
+            if (sessionGuard)
+                sessionGuard->sessionEnding();
+        },
+        Qt::DirectConnection);
 
     // A development hook for scripts without a display: save a picture of the window once
     // its first document is in the visual page.

@@ -5,6 +5,7 @@
 #include "core/app/bError.h"
 #include "core/app/bImpostazioni.h"
 #include "core/editor/CommandTable.h"
+#include "core/message/Recovery.h"
 #include "gui/app/ColorStyle.h"
 #include "gui/app/LanguageApplier.h"
 #include "gui/app/Session.h"
@@ -23,6 +24,7 @@
 #include <QFile>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QProcess>
 #include <QSaveFile>
 #include <QStatusBar>
 #include <QTabWidget>
@@ -48,6 +50,7 @@ frmMain::frmMain(QWidget* parent) : QMainWindow(parent), m_texts(session().texts
     buildPages();
     buildPanes();
     connectPages();
+    buildRecentAndOwner();
     CambiaTitoloEditor();
 }
 
@@ -129,10 +132,15 @@ void frmMain::CambiaTitoloEditor() {
 void frmMain::Modificato() {
     m_doc.Modificato();
     CambiaTitoloEditor();
+    // The first change since the last copy starts the clock; later ones do not push it back,
+    // so steady typing still gets a copy every interval.
+    if (m_autoSave && m_settings.autoSaveSeconds > 0 && DaSalvare() && !m_autoSave->isActive())
+        m_autoSave->start();
 }
 
 void frmMain::Form_Load(const QString& commandLineFile) {
     Session& s = session();
+    startRecovery();
     {
         QFile layout(s.folders.layoutFile());
         if (layout.open(QIODevice::ReadOnly))
@@ -213,25 +221,35 @@ void frmMain::Form_Load(const QString& commandLineFile) {
     phase("### Command ###");
     QString named = commandLineFile;
     named.remove(u'"');
+    QString file;
     if (!named.isEmpty()) {
-        const QString file = CheckDosFielName(named);
+        file = CheckDosFielName(named);
         bError::wrtErrFree(QStringLiteral("-- Command -- File: ") + file);
-        // Give the freshly shown page half a second, and its first document, before opening.
-        QPointer<frmMain> self(this);
-        QTimer::singleShot(500, this, [self, file] {
+    }
+    // Once the page has its first document (and, for a file, half a second more): first the
+    // copies a crashed or killed editor left, then the file. When a copy came back into this
+    // window, the file gets an editor of its own.
+    QPointer<frmMain> self(this);
+    QTimer::singleShot(file.isEmpty() ? 0 : 500, this, [self, file] {
+        if (!self)
+            return;
+        auto start = [self, file] {
             if (!self)
                 return;
-            auto open = [self, file] {
-                if (self)
-                    self->ApriMessaggio(file);
-            };
-            if (self->DHTML->isReady())
-                open();
+            const bool restored = self->offerRecovery();
+            if (file.isEmpty())
+                return;
+            if (restored)
+                QProcess::startDetached(QCoreApplication::applicationFilePath(), {file});
             else
-                connect(self->DHTML, &VisualSurface::documentComplete, self, open,
-                        Qt::SingleShotConnection);
-        });
-    }
+                self->ApriMessaggio(file);
+        };
+        if (self->DHTML->isReady())
+            start();
+        else
+            connect(self->DHTML, &VisualSurface::documentComplete, self, start,
+                    Qt::SingleShotConnection);
+    });
 }
 
 void frmMain::applyPlacement() {
@@ -288,8 +306,13 @@ void frmMain::ChiudiEDITOR() {
         return;
     m_closing = true;
     Session& s = session();
-    if (DaSalvare())
-        askToSave();
+    if (DaSalvare() && !m_terminating) {
+        // A Yes whose save did not happen (cancelled, failed) keeps the changes in the copy.
+        if (askToSave() && DaSalvare())
+            m_terminating = writeRecoveryCopy();
+    }
+    if (!m_terminating)
+        dropRecoveryCopy(); // a clean close leaves no copy behind
     rememberPlacement();
     bImpostazioni::ScriviIMP(s.folders.placementFile(), s.placement);
     {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/app/EditorSettings.h"
 #include "core/app/Texts.h"
 #include "core/message/MessageDocument.h"
 #include "core/spamcheck/PreSendCheck.h"
@@ -11,13 +12,24 @@
 #include <QPointer>
 #include <QTemporaryDir>
 #include <functional>
+#include <memory>
 
 class QDockWidget;
 class QLabel;
 class QTabWidget;
+class QTimer;
+
+namespace quillora {
+class MessageOwner;
+namespace Recovery {
+class Claim;
+class Writer;
+} // namespace Recovery
+} // namespace quillora
 
 namespace quillora::gui {
 
+class RecentMenu;
 class SourceView;
 class VisualSurface;
 class frmAccount;
@@ -87,6 +99,21 @@ public:
     bool SalvaMessaggioPerCheckSpam(const QString& path);
     frmCheckSpam* spamCheck() const;
     frmAccount* accountsWindow() const;
+    // Recovery copies, recent messages and one window per message (frmMainRecovery.cpp).
+    // Writes the recovery copy of the message as it is now (with this body, when given);
+    // false when it could not.
+    bool writeRecoveryCopy(const std::optional<QString>& body = std::nullopt);
+    // SIGTERM, SIGINT: nobody is there to answer, so the message goes to its recovery copy
+    // (offered at the next start) and the window closes without a question.
+    void closeForLogout();
+    // The session manager is about to end the program: the same copy, and no question later.
+    void sessionEnding();
+    // Offers the copies left by editors that crashed or were killed; true when one was
+    // restored into this window.
+    bool offerRecovery();
+    QString recoveryCopyFile() const;
+    const EditorSettings& settings() const { return m_settings; }
+    RecentMenu* recentMenu() const { return m_recent; }
 
     // Placement in twips (LeggiIMP / ScriviIMP applied to this window).
     void applyPlacement();
@@ -153,6 +180,17 @@ private:
     bool askToSave();
     void collectDocument();
     void reportError(const QString& routine, const QString& description);
+    void buildRecentAndOwner();
+    void startRecovery();
+    // The reading half of ApriMessaggio: the file into the document and the pages.
+    bool openFile(const QString& path);
+    void restoreCopy(Recovery::Claim& claim);
+    bool saveCopyElsewhere(Recovery::Claim& claim);
+    void rememberRecent(const QString& file);
+    void changeRecent(const std::function<void(EditorSettings&)>& change);
+    void dropRecoveryCopy();
+    // Another editor has this message open: it is brought forward, and true is returned.
+    bool openElsewhere(const QString& file);
 
     MessageDocument m_doc;
     CommandBars m_bars;
@@ -180,6 +218,12 @@ private:
     QTemporaryDir m_scratch;
     int m_page = PageVisual;
     bool m_closing = false;
+    bool m_terminating = false; // closing on a signal or for the session: no question
+    EditorSettings m_settings;
+    std::unique_ptr<Recovery::Writer> m_recoveryWriter;
+    QTimer* m_autoSave = nullptr;
+    RecentMenu* m_recent = nullptr;
+    MessageOwner* m_owner = nullptr;
 };
 
 } // namespace quillora::gui

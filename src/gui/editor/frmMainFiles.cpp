@@ -5,6 +5,7 @@
 #include "core/message/References.h"
 #include "gui/app/Dialogs.h"
 #include "gui/app/LanguageApplier.h"
+#include "gui/app/MessageOwner.h"
 #include "gui/app/Session.h"
 #include "gui/app/WindowHelpers.h"
 #include "gui/app/frmMessage.h"
@@ -81,6 +82,9 @@ QString frmMain::pageFileError(const QString& folder) const {
 }
 
 void frmMain::NuovoMessaggio() {
+    dropRecoveryCopy();
+    if (m_owner)
+        m_owner->own(QString());
     m_doc.NuovoMessaggio();
     session().pathElaboration.clear();
     log(" - Assegno il corpo");
@@ -112,6 +116,17 @@ bool frmMain::ApriMessaggio(QString path) {
         if (path.isEmpty())
             return false;
     }
+    if (openElsewhere(path))
+        return false;
+    if (!openFile(path))
+        return false;
+    dropRecoveryCopy(); // the new message starts with nothing to recover
+    m_owner->own(path);
+    rememberRecent(path);
+    return true;
+}
+
+bool frmMain::openFile(const QString& path) {
     QApplication::setOverrideCursor(Qt::WaitCursor);
     const MessageFile::OpenResult r =
         MessageFile::ApriMessaggio(m_doc, path, session().folders.pathFileImp);
@@ -180,6 +195,9 @@ bool frmMain::SalvaMessaggio(const QString& path) {
         return false;
     }
     CambiaTitoloEditor();
+    dropRecoveryCopy();
+    m_owner->own(r.path);
+    rememberRecent(r.path);
     return true;
 }
 

@@ -119,8 +119,10 @@ void frmMain::Tbs_SelectedChanged(int page) {
         return;
     m_page = page;
     const QString folder = workFolder();
+    std::optional<QString> moved; // the body as it went from one page to the other
     if (previous == PageVisual && (page == PageSource || page == PagePreview)) {
         const std::optional<QString> html = DHTML->documentHTML();
+        moved = html;
         if (html) {
             CODE->setSourceText(*html);
             if (page == PagePreview)
@@ -132,6 +134,7 @@ void frmMain::Tbs_SelectedChanged(int page) {
         }
     } else if (previous == PageSource && (page == PageVisual || page == PagePreview)) {
         const QString text = CODE->text();
+        moved = text;
         if (!DHTML->setDocumentHTML(text, folder)) {
             // The visual page still holds the old body: leaving the source page would lose
             // every edit made there.
@@ -152,6 +155,9 @@ void frmMain::Tbs_SelectedChanged(int page) {
     CheckToolBar(page == PageVisual);
     for (QDockWidget* d : m_visualPanes)
         d->setEnabled(page == PageVisual);
+    // The body has just moved between pages: a good moment for the recovery copy.
+    if (DaSalvare())
+        writeRecoveryCopy(moved);
 }
 
 void frmMain::showSourceInstead() {
