@@ -12,6 +12,8 @@ RUN_PACKAGES=(
   # the spam check runs the filter (Debian ships its rules; no update from the network)
   spamassassin spamc
   xvfb xauth breeze-icon-theme libqt6svg6
+  # cmake --install brings the desktop's file-type and menu caches up to date with these
+  shared-mime-info desktop-file-utils
 )
 TEST_PACKAGES=(
   googletest libgtest-dev libgmock-dev libbenchmark-dev
@@ -21,6 +23,8 @@ TEST_PACKAGES=(
   python3-aiosmtpd openssl
   # the image slicer's benchmark times the same work in vips and ImageMagick
   libvips-tools imagemagick
+  # the editor's own tests: keys typed into its window, and the desktop's view of an install
+  xdotool xdg-utils libfile-mimeinfo-perl
 )
 
 case "${1:-}" in
