@@ -32,7 +32,7 @@ int main(int argc, char** argv) {
     const QString file = quillora::CommandLineFileName(args);
     // A message that another editor already has open is not edited twice: that window
     // comes forward and this process ends.
-    if (!file.isEmpty() && quillora::MessageOwner::bringForward(file)) {
+    if (!file.isEmpty() && quillora::gui::MessageOwner::bringForward(file)) {
         QTextStream(stdout) << "quillora: " << file
                             << " is already open in another window, brought forward\n";
         return 0;

@@ -80,8 +80,9 @@ protected:
         window->Form_Load(commandLine);
         window->show();
         EXPECT_TRUE(loaded.count() > 0 || loaded.wait(20000)) << "the new message never loaded";
-        if (!commandLine.isEmpty())
+        if (!commandLine.isEmpty()) {
             EXPECT_TRUE(loaded.count() > 1 || loaded.wait(20000)) << "the file never opened";
+        }
         return *window;
     }
     QString html() { return window->visualPage()->documentHTML().value_or(QString()); }

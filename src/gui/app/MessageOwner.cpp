@@ -7,7 +7,7 @@
 #include <QLocalSocket>
 #include <unistd.h>
 
-namespace quillora {
+namespace quillora::gui {
 
 namespace {
 
@@ -106,4 +106,4 @@ void MessageOwner::release() {
     m_file.clear();
 }
 
-} // namespace quillora
+} // namespace quillora::gui

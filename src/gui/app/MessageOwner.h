@@ -8,7 +8,7 @@ class QLocalServer;
 // One window per message: the editor that has a message open answers on a local socket named
 // after the user and the message's file, so another editor that is asked to open the same file
 // brings that window forward instead of editing the message twice.
-namespace quillora {
+namespace quillora::gui {
 
 class MessageOwner : public QObject {
     Q_OBJECT
@@ -36,4 +36,4 @@ private:
     QString m_file;
 };
 
-} // namespace quillora
+} // namespace quillora::gui

@@ -237,7 +237,7 @@ void frmMain::Form_Load(const QString& commandLineFile) {
             if (!self)
                 return;
             const bool restored = self->offerRecovery();
-            if (file.isEmpty())
+            if (file.isEmpty() || self->m_closing)
                 return;
             if (restored)
                 QProcess::startDetached(QCoreApplication::applicationFilePath(), {file});

@@ -20,7 +20,6 @@ class QTabWidget;
 class QTimer;
 
 namespace quillora {
-class MessageOwner;
 namespace Recovery {
 class Claim;
 class Writer;
@@ -29,6 +28,7 @@ class Writer;
 
 namespace quillora::gui {
 
+class MessageOwner;
 class RecentMenu;
 class SourceView;
 class VisualSurface;

@@ -146,6 +146,8 @@ bool frmMain::offerRecovery() {
     std::vector<Recovery::Claim> claims = Recovery::claimOrphans(session().folders.pathFileImp);
     bool restored = false;
     for (Recovery::Claim& claim : claims) {
+        if (m_closing)
+            break; // ended while asking: the rest wait for the next start
         const Recovery::Copy& c = claim.copy();
         QStringList content{c.titleName};
         if (!c.originalPath.isEmpty())
@@ -191,11 +193,15 @@ void frmMain::restoreCopy(Recovery::Claim& claim) {
     connect(
         this, &frmMain::documentLoaded, this,
         [self, held] {
-            if (!self)
-                return;
-            self->Modificato();
-            if (self->writeRecoveryCopy())
-                held->discard();
+            // Out of the page's load callback first: the copy reads the page, which cannot
+            // answer from inside one of its own callbacks.
+            QTimer::singleShot(0, self, [self, held] {
+                if (!self)
+                    return;
+                self->Modificato();
+                if (self->writeRecoveryCopy())
+                    held->discard();
+            });
         },
         Qt::SingleShotConnection);
 }
