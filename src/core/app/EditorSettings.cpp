@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <algorithm>
 
 namespace quillora {
 
@@ -12,8 +13,17 @@ namespace {
 constexpr QStringView kAutoSaveKey = u"AutoSaveSeconds";
 constexpr QStringView kRecentKey = u"Recent";
 
+// A line per entry: a name with a line break, a NUL or another control character cannot be
+// written back as it was read, and is no name a message file of ours has.
+bool storable(QStringView file) {
+    return !file.isEmpty() && std::none_of(file.begin(), file.end(), [](QChar c) {
+        return c.category() == QChar::Other_Control;
+    });
+}
+
+// Absolute by hand: QFileInfo would take a name that starts with ":" for a built-in resource.
 QString normalised(const QString& file) {
-    return QDir::cleanPath(QFileInfo(file).absoluteFilePath());
+    return QDir::cleanPath(file.startsWith(u'/') ? file : QDir::currentPath() + u'/' + file);
 }
 
 } // namespace
@@ -34,7 +44,7 @@ EditorSettings EditorSettings::parse(const QStringList& lines) {
             const int seconds = value.trimmed().toInt(&ok);
             if (ok && seconds >= 0 && seconds <= kMaxAutoSaveSeconds)
                 s.autoSaveSeconds = seconds;
-        } else if (key == kRecentKey && !value.isEmpty() && s.recent.size() < kMaxRecent &&
+        } else if (key == kRecentKey && storable(value) && s.recent.size() < kMaxRecent &&
                    !s.recent.contains(normalised(value))) {
             s.recent << normalised(value);
         }
@@ -62,6 +72,8 @@ bool EditorSettings::write(const QString& path) const {
 }
 
 void EditorSettings::addRecent(const QString& file) {
+    if (!storable(file))
+        return;
     const QString f = normalised(file);
     recent.removeAll(f);
     recent.prepend(f);

@@ -51,6 +51,14 @@ TEST(EditorSettings, TheRecentListKeepsTheLatestTenOnceEach) {
     EXPECT_EQ(s.recent.count(QStringLiteral("/news/5.mssx")), 1);
     EXPECT_EQ(s.recent.last(), QStringLiteral("/news/2.mssx")); // moving 5 up dropped nothing
     EXPECT_FALSE(s.recent.contains(QStringLiteral("/news/1.mssx")));
+    // A name that could not be written back line by line is never kept.
+    s.addRecent(QStringLiteral("/news/a\nb.mssx"));
+    EXPECT_EQ(s.recent.first(), QStringLiteral("/news/5.mssx"));
+    EXPECT_TRUE(
+        EditorSettings::parse({QStringLiteral("Recent: /news/\x01x.mssx")}).recent.isEmpty());
+    // Relative names are made absolute, even one that looks like a built-in resource.
+    EXPECT_EQ(EditorSettings::parse({QStringLiteral("Recent: :x.mssx")}).recent,
+              QStringList{QDir::currentPath() + QStringLiteral("/:x.mssx")});
     s.removeRecent(QStringLiteral("/news//5.mssx"));
     EXPECT_FALSE(s.recent.contains(QStringLiteral("/news/5.mssx")));
 }
