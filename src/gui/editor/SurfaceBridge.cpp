@@ -62,6 +62,11 @@ SurfaceState surfaceStateFromBridge(const QVariantMap& m) {
     s.fontSize = m.value(QStringLiteral("fontSize")).toString();
     s.foreColor = m.value(QStringLiteral("foreColor")).toString();
     s.hasSelection = flag("hasSelection");
+    s.selectionType = m.value(QStringLiteral("selectionType")).toString();
+    s.propertyTag = m.value(QStringLiteral("propertyTag")).toString();
+    const QVariantMap attributes = m.value(QStringLiteral("properties")).toMap();
+    for (auto it = attributes.cbegin(); it != attributes.cend(); ++it)
+        s.properties.insert(it.key(), it.value().toString());
     s.changes = m.value(QStringLiteral("changes")).toULongLong();
     return s;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
@@ -20,6 +21,11 @@ struct SurfaceState {
     QString fontName, fontSize;
     QString foreColor; // "#rrggbb" when the page reports a colour
     bool hasSelection = false;
+    // The element the property grid edits: how the selection chose it ("None", "Control",
+    // "Text"), its upper-case tag and its attributes as written (lower-case names).
+    QString selectionType;
+    QString propertyTag;
+    QMap<QString, QString> properties;
     quint64 changes = 0; // DOM mutations since the document was loaded
 
     bool operator==(const SurfaceState&) const = default;

@@ -462,6 +462,57 @@ void VisualSurface::showDark(bool force, std::function<void(bool)> done) {
     });
 }
 
+void VisualSurface::selectElement(const QString& selector) {
+    callBridge({QStringLiteral("selectFirst"), selector});
+}
+
+void VisualSurface::setElementAttribute(const QString& kind, const QString& name,
+                                        const QString& value,
+                                        std::function<void(const QString&)> done) {
+    callBridge(
+        {QStringLiteral("setElementAttribute"), QJsonObject{{QStringLiteral("kind"), kind},
+                                                            {QStringLiteral("name"), name},
+                                                            {QStringLiteral("value"), value}}},
+        [done = std::move(done)](const QVariant& result) {
+            if (done)
+                done(result.toString());
+        });
+}
+
+void VisualSurface::styleSelectors(std::function<void(const QStringList&, const QString&)> done) {
+    callBridge({QStringLiteral("styleSelectors")},
+               [done = std::move(done)](const QVariant& result) {
+                   const QVariantMap m = result.toMap();
+                   if (done)
+                       done(m.value(QStringLiteral("selectors")).toStringList(),
+                            m.value(QStringLiteral("error")).toString());
+               });
+}
+
+void VisualSurface::bodyValues(std::function<void(const QVariantMap&)> done) {
+    callBridge({QStringLiteral("bodyValues")}, [done = std::move(done)](const QVariant& result) {
+        if (done)
+            done(result.toMap());
+    });
+}
+
+void VisualSurface::setBodyAttributes(const QJsonArray& steps, std::function<void()> done) {
+    callBridge({QStringLiteral("setBodyAttributes"), steps},
+               [done = std::move(done)](const QVariant&) {
+                   if (done)
+                       done();
+               });
+}
+
+void VisualSurface::backgroundSound(const QString& src, const QString& loop, const QString& html,
+                                    std::function<void(const QString&)> done) {
+    callBridge({QStringLiteral("backgroundSound"), src, loop, html},
+               [done = std::move(done)](const QVariant& result) {
+                   if (done)
+                       done(result.toString());
+               });
+}
+
 void VisualSurface::readState() {
     m_scripts->runNow(bridgeScript({QStringLiteral("editorState")}),
                       [this](const QVariant& result) {

@@ -83,6 +83,24 @@ public:
     // done gets whether the message has dark styles of its own.
     void showDark(bool force, std::function<void(bool)> done = {});
 
+    // Selects the first element matching a CSS selector as a whole (as a click on an image).
+    void selectElement(const QString& selector);
+
+    // The property grid's writes and reads (see the bridge operations of the same names).
+    // done gets "" or what went wrong.
+    void setElementAttribute(const QString& kind, const QString& name, const QString& value,
+                             std::function<void(const QString&)> done);
+    // The selector texts of the document's style rules, and the error that stopped the walk.
+    void styleSelectors(std::function<void(const QStringList&, const QString&)> done);
+    // The body's margin, colour and background attributes as written (absent ones empty).
+    void bodyValues(std::function<void(const QVariantMap&)> done);
+    // Steps [{remove, name, value}] applied to the body in order.
+    void setBodyAttributes(const QJsonArray& steps, std::function<void()> done);
+    // The document's sound gets src and loop, or html goes in at the caret; done gets
+    // "changed", "inserted" or "".
+    void backgroundSound(const QString& src, const QString& loop, const QString& html,
+                         std::function<void(const QString&)> done);
+
     const SurfaceState& state() const { return m_state; }
 
 signals:

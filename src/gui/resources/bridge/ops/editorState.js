@@ -37,7 +37,18 @@ quillora.define('editorState', function () {
     }
 
     var id = el ? parseInt(el.getAttribute('id') || '', 10) : NaN;
+    // The property grid's element and its attributes as written.
+    var chosen = quillora.call(['selectedElement']);
+    var attributes = {};
+    if (chosen.element) {
+        Array.prototype.forEach.call(chosen.element.attributes, function (a) {
+            attributes[a.name.toLowerCase()] = a.value;
+        });
+    }
     return {
+        selectionType: chosen.type,
+        propertyTag: chosen.element ? chosen.element.tagName.toUpperCase() : '',
+        properties: attributes,
         tagPath: path,
         tagName: el ? el.tagName.toUpperCase() : '',
         src: el && el.hasAttribute('src') ? el.getAttribute('src') : '',
