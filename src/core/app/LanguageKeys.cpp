@@ -114,6 +114,8 @@ constexpr Target kRows[] = {
     message("RecuperoIstruzione"),
     message("RecuperoScritta"),
     message("MessaggioGiaAperto"),
+    message("ColoreNonValido"),
+    message("SubRemNessunAccount"),
 
     window("frmPropBody"),
     control("frmPropBody", "lbl"),

@@ -47,6 +47,17 @@ constexpr BuiltIn kBuiltIn[] = {
      "Il messaggio è già aperto in un'altra finestra, portata in primo piano.",
      "The message is already open in another window, which has been brought forward.",
      "El mensaje ya está abierto en otra ventana, que se ha traído al frente."},
+    {"ColoreNonValido",
+     "Il colore va scritto come tre numeri da 0 a 255 separati da \";\" (per esempio 255;0;128) "
+     "oppure come #rrggbb.",
+     "Write the colour as three numbers from 0 to 255 separated by \";\" (for example 255;0;128) "
+     "or as #rrggbb.",
+     "Escriba el color como tres números de 0 a 255 separados por \";\" (por ejemplo 255;0;128) "
+     "o como #rrggbb."},
+    {"SubRemNessunAccount",
+     "Nessun account di invio: aggiungerne uno con quillora-cli accounts add",
+     "No sending account: add one with quillora-cli accounts add",
+     "Ninguna cuenta de envío: añada una con quillora-cli accounts add"},
     {"alleg1", "Allegati del messaggio: aggiungere o togliere file.",
      "Attachments of the message: add or remove files.",
      "Adjuntos del mensaje: añadir o quitar archivos."},
