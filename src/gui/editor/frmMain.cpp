@@ -123,6 +123,7 @@ void frmMain::buildPanes() {
     connect(m_allegati, &frmAllegati::modified, this, &frmMain::Modificato);
     connect(m_allegati, &frmAllegati::helpText, stcHelp, &QLabel::setText);
     m_visualPanes << dckAllegati;
+    buildPropertyPane();
 }
 
 void frmMain::CambiaTitoloEditor() {
@@ -199,6 +200,7 @@ void frmMain::Form_Load(const QString& commandLineFile) {
     phase("### DockMemory ###");
     phase("### DockMemory 2 ###");
     phase("### DockAttributes ###");
+    dockPropertyPane();
     phase("### DockAttributes 2 ###");
     phase("### PopColori ###");
     m_colour = new frmColor(this);

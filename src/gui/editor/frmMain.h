@@ -2,6 +2,8 @@
 
 #include "core/app/EditorSettings.h"
 #include "core/app/Texts.h"
+#include "core/message/BackgroundSound.h"
+#include "core/message/BodyProperties.h"
 #include "core/message/MessageDocument.h"
 #include "core/spamcheck/PreSendCheck.h"
 #include "gui/app/frmMessage.h"
@@ -16,6 +18,7 @@
 
 class QDockWidget;
 class QLabel;
+class QMenu;
 class QTabWidget;
 class QTimer;
 
@@ -34,9 +37,12 @@ class SourceView;
 class VisualSurface;
 class frmAccount;
 class frmAllegati;
-class frmCheckSpam;
+class frmAttributi;
 class frmCheckMessage;
+class frmCheckSpam;
 class frmColor;
+class frmPropBody;
+class frmSelAudio;
 class frmSendTest;
 class PreviewPane;
 
@@ -114,6 +120,18 @@ public:
     QString recoveryCopyFile() const;
     const EditorSettings& settings() const { return m_settings; }
     RecentMenu* recentMenu() const { return m_recent; }
+    // Element properties, body properties, sound and unsubscribe link (frmMainProperties.cpp).
+    void GetAllAttribute();
+    void AggiornaItem(const QString& attribute, const QString& value);
+    void PROP_InplaceButtonDown(const QString& attribute, const QString& button);
+    void GetAllClass();
+    void ProprietaBody();   // "cmdProprieta": fills the window from the body, then shows it
+    void SelezionaAudio();  // "cmdAudio"
+    void CheckDestRemove(); // rebuilds "popSubRem" from the accounts store
+    std::optional<QString> GetEmailRemove(const QString& command);
+    frmAttributi* properties() const { return m_attributi; }
+    frmPropBody* bodyProperties() const { return m_propBody; }
+    frmSelAudio* soundChoice() const { return m_selAudio; }
 
     // Placement in twips (LeggiIMP / ScriviIMP applied to this window).
     void applyPlacement();
@@ -165,6 +183,11 @@ private:
     void CaricaSize();
     void ColoraEditCode();
     void showNotAvailable(const QString& id);
+    void buildPropertyPane();
+    void dockPropertyPane();
+    void insertUnsubscribeLink(const QString& command);
+    void writeBodyProperties(const BodyProperties::Values& values);
+    void placeSound(const BackgroundSound::Choice& choice);
     // The bodies of the routines above, which report a failure under their own name.
     void runCommand(const QString& id);
     void updateCheckButtonMail();
@@ -210,6 +233,11 @@ private:
     frmAllegati* m_allegati = nullptr;
     QDockWidget* dckAllegati = nullptr;
     frmColor* m_colour = nullptr; // "pwnColor"
+    frmAttributi* m_attributi = nullptr;
+    QDockWidget* dckProperty = nullptr;
+    frmPropBody* m_propBody = nullptr;
+    frmSelAudio* m_selAudio = nullptr;
+    QMenu* popSubRem = nullptr;
     QPointer<frmImpDaImg> m_imageImport;
     QPointer<frmCheckSpam> m_spamCheck;
     QPointer<frmAccount> m_accounts;

@@ -160,9 +160,23 @@ void frmMain::runCommand(const QString& id) {
         CheckToolbarStatus();
         break;
     }
+    case Action::Unsubscribe:
+        insertUnsubscribeLink(id);
+        break;
+    case Action::Sound:
+    case Action::BodyProperties:
+        // Both work on the body of the visual page.
+        if (m_page != PageVisual)
+            Tbs->setCurrentIndex(PageVisual);
+        if (m_page != PageVisual)
+            break; // the source page could not hand its text over; it says why
+        if (c.action == Action::Sound)
+            SelezionaAudio();
+        else
+            ProprietaBody();
+        break;
     case Action::CheckSpam:
     case Action::Accounts:
-    case Action::Unsubscribe:
         if (!session().accountsError.isEmpty()) {
             bMessage::ShowMessage(
                 m_texts.get(QStringLiteral("Attenzione")),
@@ -201,8 +215,6 @@ void frmMain::runCommand(const QString& id) {
     case Action::OpenWord:
     case Action::OpenMail:
     case Action::Templates:
-    case Action::Sound:
-    case Action::BodyProperties:
     case Action::ImportText:
     case Action::ImportHtml:
     case Action::Social:
