@@ -281,6 +281,7 @@ constexpr Target kRows[] = {
     mainWindow(K::PopupMenu, "mnuVariabili"),
     mainWindow(K::PopupMenu, "mnuProprietaMessaggio"),
     mainWindow(K::PopupMenu, "mnuModuli"),
+    mainWindow(K::PopupMenu, "popSubRem"),
     mainWindow(K::PopupMenu, "mnuInsert"),
     mainWindow(K::EditLabel, "txtOggetto"),
     mainWindow(K::StaticText, "stcHelp"),

@@ -103,7 +103,8 @@ void frmMain::buildPropertyPane() {
         button->setObjectName(QStringLiteral("popSubRemButton"));
         button->setMenu(popSubRem);
         button->setIcon(popSubRem->icon());
-        button->setToolTip(popSubRem->title().remove(u'&'));
+        button->setText(popSubRem->title().remove(u'&'));
+        button->setToolTip(button->text());
         button->setPopupMode(QToolButton::InstantPopup);
         bar->addWidget(button);
     }
