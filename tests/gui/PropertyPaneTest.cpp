@@ -226,6 +226,26 @@ TEST_F(PropertyPaneTest, ColourRowsClassListAndFileButton) {
         << html().toStdString();
 }
 
+TEST_F(PropertyPaneTest, FormFieldRowsWriteTheMarkup) {
+    setBody("<html><body><form><p>Name <input id=\"f\" name=\"who\" value=\"x\"></p></form>"
+            "</body></html>");
+    page()->selectElement("#f");
+    ASSERT_TRUE(waitFor([&] { return window->properties()->shownTag() == "INPUT"; }));
+    EXPECT_EQ(window->properties()->rowValue("name"), "who");
+    auto* disabled = window->properties()->findChild<QCheckBox*>("PROP_disabled");
+    ASSERT_TRUE(disabled);
+    EXPECT_FALSE(disabled->isChecked());
+    disabled->click();
+    ASSERT_TRUE(waitFor([&] { return html().contains("disabled=\"\""); })) << html().toStdString();
+    window->properties()->editRow("value", "Go");
+    window->properties()->editRow("maxLength", "many");
+    ASSERT_TRUE(waitFor([&] { return html().contains("maxlength=\"0\""); }))
+        << html().toStdString();
+    EXPECT_TRUE(html().contains("value=\"Go\"")) << html().toStdString();
+    disabled->click();
+    ASSERT_TRUE(waitFor([&] { return !html().contains("disabled"); })) << html().toStdString();
+}
+
 class BodyPropertiesTest : public EditorWindowTest {};
 
 TEST_F(BodyPropertiesTest, EmptyMarginsAreWrittenEmptyAndColoursAsHex) {
