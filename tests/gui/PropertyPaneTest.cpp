@@ -208,6 +208,12 @@ TEST_F(PropertyPaneTest, ColourRowsClassListAndFileButton) {
     EXPECT_EQ(scripted().fileQuestions.last().filter,
               "Image (*.jpg;*.gif;*.png;*.bmp)|*.jpg;*.gif;*.png;*.bmp");
     ASSERT_TRUE(waitFor([&] { return html().contains("background=\"" + chosenFile + "\""); }));
+    // "Edit" offers to open that background, not the selection's own picture.
+    scripted().onAnswer = [](const MessageRequest& r) {
+        return r.buttons.contains(kIdYes) ? kIdYes : r.buttons.value(0);
+    };
+    window->properties()->findChild<QToolButton*>("PROP_background_edit")->click();
+    EXPECT_EQ(scripted().opened, QStringList({chosenFile}));
 
     // The class list holds the classes of selectors that start with a dot.
     page()->placeCaret("#p", 0);

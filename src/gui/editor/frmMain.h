@@ -238,6 +238,7 @@ private:
     frmPropBody* m_propBody = nullptr;
     frmSelAudio* m_selAudio = nullptr;
     QMenu* popSubRem = nullptr;
+    QString m_imageToEdit; // a property row's image while its "Edit" button asks
     QPointer<frmImpDaImg> m_imageImport;
     QPointer<frmCheckSpam> m_spamCheck;
     QPointer<frmAccount> m_accounts;

@@ -222,7 +222,7 @@ void frmMain::saveForQuestion() {
 }
 
 QString frmMain::selectedImageSource() const {
-    return DHTML->state().currentSrc;
+    return m_imageToEdit.isEmpty() ? DHTML->state().currentSrc : m_imageToEdit;
 }
 
 void frmMain::ImportaDaImmagine() {

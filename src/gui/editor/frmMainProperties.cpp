@@ -160,6 +160,12 @@ void frmMain::PROP_InplaceButtonDown(const QString& attribute, const QString& bu
             if (!file.isEmpty())
                 m_attributi->editRow(attribute, file);
         } else if (button == QLatin1String("Edit")) {
+            // The row's image: a background row names a file the selection does not.
+            m_imageToEdit = m_attributi->rowValue(attribute);
+            struct Clear {
+                QString& s;
+                ~Clear() { s.clear(); }
+            } clear{m_imageToEdit};
             EditaImmagine();
         } else {
             GetAllClass();
