@@ -172,7 +172,6 @@ QWidget* frmAttributi::makeEditor(Row& row) {
     } else {
         row.text = new QLineEdit(box);
         row.text->setObjectName(name);
-        row.text->setFrame(false);
         layout->addWidget(row.text, 1);
     }
     QLineEdit* text = row.text;
