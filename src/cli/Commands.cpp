@@ -29,6 +29,9 @@ commands:
                                          send a message as a test to one address through
                                          an account (password: QUILLORA_SMTP_PASSWORD or
                                          standard input)
+  import FILE -o OUT [--subject S]       make a message file from a document (.doc, .docx,
+                                         .rtf, .odt), a mail (.eml, .msg), a text file or
+                                         an HTML page, embedding every picture it shows
   accounts list                          list the sender accounts
   accounts add --name NAME --address ADDRESS [--server HOST] [--port N]
                [--auth none|plain|login] [--security none|starttls|ssl|auto] [--inactive]
@@ -46,9 +49,9 @@ struct Command {
 };
 
 constexpr Command kCommands[] = {
-    {"info", info},          {"extract", extract}, {"pack", pack},
-    {"slice", slice},        {"to-eml", toEml},    {"spamcheck", spamcheck},
-    {"check", checkMessage}, {"send", sendTest},   {"accounts", accounts},
+    {"info", info},     {"extract", extract},     {"pack", pack},          {"slice", slice},
+    {"to-eml", toEml},  {"spamcheck", spamcheck}, {"check", checkMessage}, {"send", sendTest},
+    {"import", import}, {"accounts", accounts},
 };
 
 // An option name as it would be typed.

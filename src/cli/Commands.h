@@ -30,6 +30,7 @@ int toEml(const QStringList& args);
 int spamcheck(const QStringList& args);
 int checkMessage(const QStringList& args);
 int sendTest(const QStringList& args);
+int import(const QStringList& args);
 
 // A positional argument; every one a command declares is required.
 struct Positional {
