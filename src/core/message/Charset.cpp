@@ -37,6 +37,18 @@ std::optional<QString> decode(QByteArrayView bytes, const QByteArray& charset) {
 }
 
 QString decodeBestEffort(QByteArrayView bytes, const QByteArray& declared) {
+    // Mails re-encoded to UTF-8 on their way often keep their old Latin-1 label; UTF-8 with
+    // letters beyond ASCII is almost never valid by chance, so it wins over such a label.
+    const QByteArray label = declared.trimmed().toLower();
+    const bool latinLabel = label.isEmpty() || label == "iso-8859-1" || label == "latin1" ||
+                            label == "windows-1252" || label == "us-ascii";
+    if (latinLabel && QByteArray::fromRawData(bytes.data(), bytes.size()).isValidUtf8()) {
+        bool ascii = true;
+        for (char c : bytes)
+            ascii = ascii && uchar(c) < 0x80;
+        if (!ascii)
+            return *decode(bytes, "utf-8");
+    }
     if (std::optional<QString> text = decode(bytes, declared))
         return *text;
     if (std::optional<QString> text = decode(bytes, "utf-8"))
