@@ -116,6 +116,14 @@ constexpr Target kRows[] = {
     message("MessaggioGiaAperto"),
     message("ColoreNonValido"),
     message("SubRemNessunAccount"),
+    // ours: the imports.
+    message("ImpAttesa"),
+    message("ImpInterrompi"),
+    message("ImpStrumentoMancante"),
+    message("ImpConversioneFallita"),
+    message("ImpTempoScaduto"),
+    message("ImpTipoSconosciuto"),
+    message("ImpMailVuota"),
 
     window("frmPropBody"),
     control("frmPropBody", "lbl"),

@@ -206,6 +206,23 @@ constexpr BuiltIn kBuiltIn[] = {
     {"sndBadAddress", "Inserire un indirizzo e-mail corretto.",
      "Enter a valid e-mail address.",
      "Introduzca una dirección de correo correcta."},
+    {"ImpAttesa", "Conversione del file in corso…", "Converting the file…",
+     "Convirtiendo el archivo…"},
+    {"ImpInterrompi", "Interrompi", "Stop", "Detener"},
+    {"ImpStrumentoMancante",
+     "Per importare questo file serve %1, che non è installato: installare il pacchetto Debian %2.",
+     "Importing this file needs %1, which is not installed: install the Debian package %2.",
+     "Para importar este archivo se necesita %1, que no está instalado: instale el paquete Debian "
+     "%2."},
+    {"ImpConversioneFallita", "Impossibile convertire il file; il messaggio aperto non è cambiato.",
+     "The file could not be converted; the open message is unchanged.",
+     "No se pudo convertir el archivo; el mensaje abierto no ha cambiado."},
+    {"ImpTempoScaduto", "La conversione ha richiesto troppo tempo ed è stata interrotta.",
+     "The conversion took too long and was stopped.", "La conversión tardó demasiado y se detuvo."},
+    {"ImpTipoSconosciuto", "Questo tipo di file non si può importare.",
+     "This type of file cannot be imported.", "Este tipo de archivo no se puede importar."},
+    {"ImpMailVuota", "Il messaggio di posta non contiene testo né HTML.",
+     "The mail holds no text or HTML.", "El correo no contiene texto ni HTML."},
 };
 
 } // namespace

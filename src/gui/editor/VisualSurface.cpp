@@ -1,6 +1,7 @@
 #include "gui/editor/VisualSurface.h"
 
 #include "core/editor/DhtmlCommands.h"
+#include "core/message/DocumentConverter.h"
 #include "gui/app/Dialogs.h"
 #include "gui/editor/ScriptQueue.h"
 #include "gui/editor/SurfaceBridge.h"
@@ -545,6 +546,17 @@ bool VisualSurface::eventFilter(QObject* watched, QEvent* event) {
         // Files and addresses from outside never enter the page (the engine would write their
         // address into an editable page). Text and HTML dragged within the page still move.
         auto* drop = static_cast<QDropEvent*>(event);
+        // One document, mail, text or page from the desktop is imported as the new body.
+        const QList<QUrl> urls = drop->mimeData() ? drop->mimeData()->urls() : QList<QUrl>();
+        if (m_editable && urls.size() == 1 && urls.first().isLocalFile() &&
+            DocumentConverter::typeOf(urls.first().toLocalFile()) !=
+                DocumentConverter::SourceType::Unknown) {
+            drop->setDropAction(Qt::CopyAction);
+            drop->accept();
+            if (event->type() == QEvent::Drop)
+                emit fileDropped(urls.first().toLocalFile());
+            return true;
+        }
         if (drop->mimeData() && drop->mimeData()->hasUrls()) {
             drop->setDropAction(Qt::IgnoreAction);
             drop->ignore();

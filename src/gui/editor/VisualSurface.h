@@ -113,6 +113,7 @@ signals:
     void contextMenuAt(QPoint globalPos);
     void imageDoubleClicked();
     void linkClicked(QUrl url);
+    void fileDropped(const QString& path); // an importable file dropped from outside
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -315,6 +315,7 @@ void frmMain::ChiudiEDITOR() {
     }
     if (!m_terminating)
         dropRecoveryCopy(); // a clean close leaves no copy behind
+    stopImport();
     rememberPlacement();
     bImpostazioni::ScriviIMP(s.folders.placementFile(), s.placement);
     {

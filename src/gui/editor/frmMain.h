@@ -4,6 +4,7 @@
 #include "core/app/Texts.h"
 #include "core/message/BackgroundSound.h"
 #include "core/message/BodyProperties.h"
+#include "core/message/DocumentConverter.h"
 #include "core/message/MessageDocument.h"
 #include "core/spamcheck/PreSendCheck.h"
 #include "gui/app/frmMessage.h"
@@ -45,6 +46,7 @@ class frmPropBody;
 class frmSelAudio;
 class frmSendTest;
 class PreviewPane;
+class ImportJob;
 
 // The editor's main window: the three pages, the command bars, the attachments pane and the
 // message being edited. Its routines are split by concern over frmMain*.cpp files.
@@ -132,6 +134,15 @@ public:
     frmAttributi* properties() const { return m_attributi; }
     frmPropBody* bodyProperties() const { return m_propBody; }
     frmSelAudio* soundChoice() const { return m_selAudio; }
+    // Imports (frmMainImports.cpp): the body is replaced, subject, priority and attachments
+    // stay. Documents and mails convert on a worker thread behind a wait window;
+    // importFinished tells when the body is in the page (or the import failed).
+    void ApriFileWord(const QString& path);
+    void ApriFileOutlook(const QString& path);
+    void ImportaTesto(QString path = QString());
+    void ImportaHtml(QString path = QString());
+    void importDropped(const QString& path); // by the file's type, after the save question
+    ImportJob* runningImport() const { return m_import; }
 
     // Placement in twips (LeggiIMP / ScriviIMP applied to this window).
     void applyPlacement();
@@ -168,6 +179,7 @@ public:
 signals:
     void documentLoaded(); // a message, new or opened, is in the visual page
     void closed();         // ChiudiEDITOR has run: the program ends
+    void importFinished(bool ok);
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -202,6 +214,12 @@ private:
     QString chooseFile(const QString& title, const QString& filter, bool save);
     bool askToSave();
     void collectDocument();
+    void startConversion(const QString& source, const QString& routine);
+    void finishImport(const DocumentConverter::Imported& imported, const QString& folder,
+                      const QString& source);
+    QString importFailureText(const DocumentConverter::Result& r) const;
+    void loadImportedBody(const QString& html, const QString& baseFolder);
+    void stopImport();
     void reportError(const QString& routine, const QString& description);
     void buildRecentAndOwner();
     void startRecovery();
@@ -242,6 +260,7 @@ private:
     QPointer<frmImpDaImg> m_imageImport;
     QPointer<frmCheckSpam> m_spamCheck;
     QPointer<frmAccount> m_accounts;
+    ImportJob* m_import = nullptr;
     std::function<void(qint64, qint64)> m_loadProgress;
     QList<QDockWidget*> m_visualPanes;
     QTemporaryDir m_scratch;

@@ -212,11 +212,31 @@ void frmMain::runCommand(const QString& id) {
             askToSave();
         ImportaDaImmagine();
         break;
-    case Action::OpenWord:
-    case Action::OpenMail:
-    case Action::Templates:
+    case Action::OpenWord: {
+        const QString path =
+            chooseFile(QStringLiteral("Open Word file..."),
+                       QStringLiteral("Word document (*.doc;*.docx;*.rtf)|*.doc;*.docx;*.rtf|"
+                                      "All files *.*|*.*|"),
+                       false);
+        if (!path.isEmpty())
+            ApriFileWord(path);
+        break;
+    }
+    case Action::OpenMail: {
+        const QString path = chooseFile(
+            QStringLiteral("Open Outlook message..."),
+            QStringLiteral("Outlook message (*.msg;*.eml)|*.msg;*.eml|All files *.*|*.*|"), false);
+        if (!path.isEmpty())
+            ApriFileOutlook(path);
+        break;
+    }
     case Action::ImportText:
+        ImportaTesto();
+        break;
     case Action::ImportHtml:
+        ImportaHtml();
+        break;
+    case Action::Templates:
     case Action::Social:
         showNotAvailable(id);
         if (QAction* a = m_bars.action(id); a && a->isCheckable())

@@ -2,6 +2,7 @@
 #include "core/editor/CommandTable.h"
 #include "core/editor/DhtmlCommands.h"
 #include "core/message/References.h"
+#include "gui/app/Reported.h"
 #include "gui/app/Session.h"
 #include "gui/app/frmMessage.h"
 #include "gui/editor/PreviewPane.h"
@@ -59,6 +60,9 @@ void frmMain::connectPages() {
         DHTML->execCommand(DECMD_SETFONTSIZE, QStringLiteral("2"));
     });
     connect(DHTML, &VisualSurface::clicked, this, &frmMain::VisualizzaTag);
+    connect(DHTML, &VisualSurface::fileDropped, this, [this](const QString& path) {
+        reported(QStringLiteral("frmMain.importDropped()"), this, [&] { importDropped(path); });
+    });
     connect(DHTML, &VisualSurface::edited, this, [this] {
         Modificato();
         VisualizzaTag();
