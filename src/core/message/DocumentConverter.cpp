@@ -91,7 +91,13 @@ ToolRun runTool(const QString& program, const QStringList& args, const Settings&
     }
     result.toolMs += clock.elapsed();
     run.exitCode = p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
-    run.said = QString::fromLocal8Bit(p.readAll()).trimmed().right(kDetailChars);
+    // One line: what the program said, without the office's note about its Java helper.
+    QStringList said;
+    for (const QString& line : QString::fromLocal8Bit(p.readAll()).split(u'\n')) {
+        if (!line.trimmed().isEmpty() && !line.contains(QLatin1String("javaldx")))
+            said << line.trimmed();
+    }
+    run.said = said.join(QStringLiteral("; ")).right(kDetailChars);
     return run;
 }
 
@@ -218,14 +224,15 @@ void convertWord(const QString& source, const QString& output, const Settings& s
         ownProfile ? folder + QStringLiteral(".office-profile") : settings.profileFolder;
     if (settings.step)
         settings.step(QStringLiteral("soffice"));
-    const ToolRun run = runTool(
-        program,
-        {QStringLiteral("-env:UserInstallation=") + QUrl::fromLocalFile(profile).toString(),
-         QStringLiteral("--headless"), QStringLiteral("--invisible"), QStringLiteral("--nologo"),
-         QStringLiteral("--norestore"), QStringLiteral("--nolockcheck"),
-         QStringLiteral("--convert-to"), QStringLiteral("html:HTML (StarWriter)"),
-         QStringLiteral("--outdir"), folder, staged},
-        settings, result);
+    const ToolRun run = runTool(program,
+                                {QStringLiteral("-env:UserInstallation=") +
+                                     QUrl::fromLocalFile(profile).toString(QUrl::FullyEncoded),
+                                 QStringLiteral("--headless"), QStringLiteral("--invisible"),
+                                 QStringLiteral("--nologo"), QStringLiteral("--norestore"),
+                                 QStringLiteral("--nolockcheck"), QStringLiteral("--convert-to"),
+                                 QStringLiteral("html:HTML (StarWriter)"),
+                                 QStringLiteral("--outdir"), folder, staged},
+                                settings, result);
     QFile::remove(staged);
     if (ownProfile)
         QDir(profile).removeRecursively();
