@@ -455,8 +455,15 @@ QString rebuildMailHtml(QStringView converted) {
     document.remove(QStringLiteral("<META content=\"MSHTML 6.00.2900.2802\" name=GENERATOR>"));
     document.remove(QStringLiteral("<STYLE></STYLE>"));
     document.remove(QStringLiteral("</HEAD>"), Qt::CaseInsensitive);
-    document.replace(QStringLiteral("<HEAD>"), header + QStringLiteral("\r\n"),
-                     Qt::CaseInsensitive);
+    if (document.contains(QStringLiteral("<HEAD>"), Qt::CaseInsensitive)) {
+        document.replace(QStringLiteral("<HEAD>"), header + QStringLiteral("\r\n"),
+                         Qt::CaseInsensitive);
+    } else if (!header.isEmpty()) {
+        // A mail without a head still gets the header block, right after its <html> tag.
+        const qsizetype html = document.indexOf(QStringLiteral("<html"), 0, Qt::CaseInsensitive);
+        const qsizetype end = html >= 0 ? document.indexOf(u'>', html) : -1;
+        document.insert(end >= 0 ? end + 1 : 0, header);
+    }
     document.replace(QStringLiteral("#msg_body {\r\n  border-width: 1px;\r\n"),
                      QStringLiteral("#msg_body {\r\n  border-width: 0px;\r\n"));
     return document;

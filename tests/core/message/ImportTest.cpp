@@ -55,6 +55,9 @@ INSTANTIATE_TEST_SUITE_P(
                     "<body>x</body>\r\n</html>"_s,
                     u"<html lang=\"it\"><title>S</title>\r\n\r\n<style>p{}</style>\r\n"
                     "<body>x</body>\r\n</html>\r\n"_s},
+        RebuildCase{"headless_mail_gets_the_header_after_its_html_tag",
+                    u"<title>S</title>\n<html><body>x</body></html>"_s,
+                    u"<html><title>S</title>\r\n<body>x</body></html>\r\n"_s},
         RebuildCase{"fragment_without_document_start_is_kept_whole", u"<p>one</p>\n<p>two</p>"_s,
                     u"<p>one</p>\r\n<p>two</p>\r\n"_s}));
 
