@@ -14,6 +14,9 @@ RUN_PACKAGES=(
   xvfb xauth breeze-icon-theme libqt6svg6
   # cmake --install brings the desktop's file-type and menu caches up to date with these
   shared-mime-info desktop-file-utils
+  # the imports: documents through LibreOffice, Outlook files through msgconvert (which
+  # uses Email::Address, only a recommendation of its package)
+  libreoffice-writer-nogui libemail-outlook-message-perl libemail-address-perl
 )
 TEST_PACKAGES=(
   googletest libgtest-dev libgmock-dev libbenchmark-dev
