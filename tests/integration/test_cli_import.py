@@ -39,8 +39,14 @@ EXPECTED = {
 }
 
 
+# LibreOffice's profile lives in the cache folder: a private one keeps this test apart from
+# any other conversion running on the machine.
+CACHE = tempfile.TemporaryDirectory()
+ENV = dict(os.environ, XDG_CACHE_HOME=CACHE.name)
+
+
 def cli(*args):
-    return subprocess.run([CLI, *args], capture_output=True, text=True)
+    return subprocess.run([CLI, *args], capture_output=True, text=True, env=ENV)
 
 
 def bmp(width, height):
