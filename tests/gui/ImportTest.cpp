@@ -6,13 +6,18 @@
 #include "gui/message/ImportJob.h"
 #include "gui/message/frmAllegati.h"
 
+#include <QApplication>
 #include <QDir>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QFile>
 #include <QFileInfo>
 #include <QLineEdit>
+#include <QMimeData>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QUrl>
 #include <gtest/gtest.h>
 
 #include "gui/PageProbe.h"
@@ -112,6 +117,28 @@ TEST_F(ImportTest, TextIsShownLiterally) {
         << html.toStdString();
     EXPECT_FALSE(html.contains("<b>"));
     EXPECT_TRUE(window->DaSalvare());
+}
+
+// A file dropped from the desktop onto the visual page is imported by its type.
+TEST_F(ImportTest, ADroppedFileIsImported) {
+    const QString file = dir.filePath("dropped.txt");
+    QFile f(file);
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    f.write("Dropped <i>here</i>\n");
+    f.close();
+    QWidget* target = window->visualPage()->focusProxy();
+    ASSERT_NE(target, nullptr);
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(file)});
+    QSignalSpy finished(window.get(), &frmMain::importFinished);
+    QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(target, &enter);
+    EXPECT_TRUE(enter.isAccepted());
+    QDropEvent drop(QPointF(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(target, &drop);
+    ASSERT_TRUE(finished.count() > 0 || finished.wait(20000));
+    EXPECT_TRUE(finished.at(0).at(0).toBool());
+    EXPECT_TRUE(body().contains("Dropped &lt;i&gt;here&lt;/i&gt;")) << body().toStdString();
 }
 
 // A document the office cannot read: a message in the user's language, and the body, the

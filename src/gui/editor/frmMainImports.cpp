@@ -54,7 +54,9 @@ void frmMain::startConversion(const QString& source, const QString& routine) {
                                  QFileInfo(source).fileName(),
                              m_texts.get(QStringLiteral("ImpInterrompi")));
     connect(m_import, &ImportJob::finished, this,
-            [this, folder, source](const DocumentConverter::Imported& imported) {
+            [this, job = m_import, folder, source](const DocumentConverter::Imported& imported) {
+                if (m_import != job)
+                    return; // stopped on closing: nothing more to show
                 m_import->deleteLater();
                 m_import = nullptr;
                 finishImport(imported, folder, source);
