@@ -74,6 +74,24 @@ def png(width, height):
             + chunk(b"IDAT", zlib.compress(raw)) + chunk(b"IEND", b""))
 
 
+def wmf():
+    """A Windows metafile with one red rectangle, as Word documents carry their clip art."""
+    def rec(func, *words):
+        return struct.pack("<IH", 3 + len(words), func) + b"".join(
+            struct.pack("<h", w) for w in words)
+    body = (rec(0x020B, 0, 0) + rec(0x020C, 100, 200)  # window origin and extent
+            + struct.pack("<IHHIH", 7, 0x02FC, 0, 0x0000FF, 0)  # a solid red brush
+            + rec(0x012D, 0) + rec(0x041B, 90, 190, 10, 10) + rec(0x0000))
+    return struct.pack("<HHHIHIH", 1, 9, 0x0300, (18 + len(body)) // 2, 1, 7, 0) + body
+
+
+def picture_kind(data):
+    for magic, kind in ((b"\x89PNG", "png"), (b"\xff\xd8", "jpeg"), (b"GIF8", "gif")):
+        if data.startswith(magic):
+            return kind
+    return "other"
+
+
 class Import(unittest.TestCase):
     def setUp(self):
         self.tmp = tempfile.TemporaryDirectory()
@@ -170,6 +188,17 @@ class Import(unittest.TestCase):
         self.assertIn("こんにちは", text)
         self.assertIn("Café crème 10 €", text)
         self.assertNotIn("\ufffd", body)
+
+    def test_metafile_of_a_document_becomes_a_picture_mail_programs_show(self):
+        rtf = (b"{\\rtf1\\ansi Before the picture\\par {\\pict\\wmetafile8\\picw2000\\pich1000"
+               b"\\picwgoal2000\\pichgoal1000 " + wmf().hex().encode() + b"}\\par After\\par}")
+        path = os.path.join(self.dir, "clipart.rtf")
+        with open(path, "wb") as f:
+            f.write(rtf)
+        stdout, body, objects, _, _ = self.imported(path)
+        self.assertIn("pictures: 1\n", stdout)
+        self.assertIn("Before the picture", body)
+        self.assertIn(picture_kind(objects[0][1]), ("png", "gif", "jpeg"))
 
     def test_bad_input_gives_one_line_and_status_1(self):
         broken = os.path.join(self.dir, "broken.docx")
