@@ -199,7 +199,8 @@ QString cidOf(const QString& reference) {
 QString safeName(const QString& proposed, const QString& fallbackStem, const QString& mimeType) {
     QString name = References::safeFileName(proposed).value_or(QString());
     for (QChar& c : name) {
-        if (QStringView(u":*?\"<>|").contains(c))
+        // Also the characters that mean something in a reference ("&", "#", "%", "'").
+        if (QStringView(u":*?\"<>|&#%'").contains(c))
             c = u'_';
     }
     name = name.trimmed();

@@ -265,6 +265,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, SafeNameTest,
                                          NameCase{u""_s, u"image001.jpg"_s},
                                          NameCase{u".profile"_s, u"profile"_s},
                                          NameCase{u"a:b?*.jpg"_s, u"a_b__.jpg"_s},
+                                         NameCase{u"50% & #1's.jpg"_s, u"50_ _ _1_s.jpg"_s},
                                          NameCase{u"outlook.html"_s, u"_outlook.html"_s},
                                          NameCase{u"x\u0001.jpg"_s, u"image001.jpg"_s}));
 
