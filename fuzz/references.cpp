@@ -12,13 +12,14 @@ namespace {
 
 const QString kMarker = QStringLiteral("/r/new \"&' value.png");
 
-// Value ranges widened to their quotes, once each (a cloned element shares its range).
+// Value ranges widened to their quotes, once each (a cloned element shares its range). A CSS
+// url keeps its quotes as they are, so its range is its text.
 std::map<qsizetype, qsizetype> rangesOf(const std::vector<Reference>& references) {
     std::map<qsizetype, qsizetype> ranges;
     for (const Reference& r : references) {
         if (!r.inSource())
             continue;
-        if (r.quote)
+        if (r.quote && r.syntax() == Syntax::Html)
             ranges.emplace(r.start - 1, r.start + r.length + 1);
         else
             ranges.emplace(r.start, r.start + r.length);
@@ -44,12 +45,13 @@ void check(const QString& html) {
     for (const Reference& r : walker.references()) {
         if (r.value.isEmpty())
             abort();
-        if (r.inSource()) {
+        if (r.inSource() && r.syntax() == Syntax::Html) {
             const QChar quote = r.quote ? QChar(r.quote) : QChar();
             if (r.quote && (html.at(r.start - 1) != quote || html.at(r.start + r.length) != quote))
                 abort();
-            edits.push_back(Edit::of(r, kMarker));
         }
+        if (r.inSource())
+            edits.push_back(Edit::of(r, kMarker));
         for (PathStyle style : {PathStyle::Windows, PathStyle::Posix}) {
             const Resolved resolved = normalise(r.value, u"/nonexistent/base/", style);
             if (resolved.isLocal() && resolved.path.isEmpty())

@@ -3,6 +3,7 @@
 file back with Python's own UTF-16 and base64 decoders, and extract it again."""
 import base64
 import hashlib
+import html.parser
 import json
 import os
 import re
@@ -46,6 +47,63 @@ def parse_message(path):
         assert len(lines[-1]) <= 76
         found.append((stored, base64.b64decode("".join(lines), validate=True)))
     return head, body, found
+
+
+CSS_URL = re.compile(r"""url\(\s*(?:"([^"]*)"|'([^']*)'|([^)"'\s]*))\s*\)""", re.I)
+SRC_TAGS = {"img", "input", "script", "iframe", "frame", "embed", "bgsound", "audio", "video",
+            "source", "v:image", "v:fill", "v:imagedata"}
+
+
+class References(html.parser.HTMLParser):
+    """Every reference of a page as Python's own HTML parser sees it: src or background
+    attributes, CSS urls of style attributes and <style> blocks, and the same inside
+    conditional comments, whose content is parsed again."""
+
+    def __init__(self):
+        super().__init__(convert_charrefs=True)
+        self.found = []  # (where, value)
+        self.in_style = False
+
+    def css(self, where, text):
+        for m in CSS_URL.finditer(text):
+            self.found.append((where, next(g for g in m.groups() if g is not None)))
+
+    def handle_starttag(self, tag, attrs):
+        a = dict(attrs)
+        name = "src" if tag in SRC_TAGS else "background"
+        if a.get(name):
+            self.found.append((f"{tag} {name}", a[name]))
+        if a.get("style"):
+            self.css(f"{tag} style", a["style"])
+        self.in_style = tag == "style"
+
+    handle_startendtag = handle_starttag
+
+    def handle_endtag(self, tag):
+        self.in_style = False
+
+    def handle_data(self, data):
+        if self.in_style:
+            self.css("style block", data)
+
+    def handle_comment(self, data):
+        if data.lower().startswith("[if") and "]>" in data:
+            inner = References()
+            inner.feed(data.split("]>", 1)[1].rsplit("<![endif]", 1)[0])
+            inner.close()
+            self.found += [(f"conditional {w}", v) for w, v in inner.found]
+
+
+def references(text):
+    p = References()
+    p.feed(text)
+    p.close()
+    return p.found
+
+
+def is_local(value):
+    v = value.strip().lower()
+    return v and not re.match(r"^(https?:|data:|cid:|mailto:|#|//)", v)
 
 
 def local_images(folder):
@@ -95,6 +153,17 @@ class CorpusRoundTrip(unittest.TestCase):
                 with open(os.path.join(out, "body.html"), encoding="utf-8") as f:
                     extracted = f.read()
                 self.assert_only_references_changed(original, extracted, out + "/")
+                # Every local picture of the page, wherever it is named, is there after the trip.
+                local = [(w, v) for w, v in references(extracted) if is_local(v)]
+                self.assertEqual(len(local), len([r for r in references(original)
+                                                  if is_local(r[1])]))
+                for where, value in local:
+                    self.assertTrue(value.startswith(out + "/"), f"{where}: {value}")
+                    self.assertTrue(os.path.isfile(value), f"{where}: {value}")
+                if name == "colorlib-16":
+                    kinds = {w for w, _ in local}
+                    for kind in ("td style", "conditional v:image src", "td background"):
+                        self.assertIn(kind, kinds)
 
     def assert_only_references_changed(self, original, extracted, folder):
         # Attribute values sit between quotes: outside them nothing may differ, and a value

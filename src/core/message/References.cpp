@@ -1,5 +1,7 @@
 #include "core/message/References.h"
 
+#include "core/message/CssUrls.h"
+
 #include <QByteArray>
 #include <QFile>
 #include <QFileInfo>
@@ -9,6 +11,7 @@
 #include <cstring>
 #include <gumbo.h>
 #include <memory>
+#include <string_view>
 
 namespace quillora::References {
 
@@ -144,35 +147,64 @@ private:
     size_t m_nextBlock = size_t(64) << 10;
 };
 
-// The elements whose DOM object loads its resource through "src".
+// The elements whose resource is named by "src"; every other element is read for "background".
+// HTML elements only: an SVG <script> has no src. VML elements are unknown to the parser and
+// matched by name.
+struct SrcElement {
+    GumboTag tag;
+    const char* name; // for GUMBO_TAG_UNKNOWN, in lower case
+};
+
+constexpr SrcElement kSrcElements[] = {
+    {GUMBO_TAG_IMG, nullptr},           {GUMBO_TAG_INPUT, nullptr},
+    {GUMBO_TAG_SCRIPT, nullptr},        {GUMBO_TAG_IFRAME, nullptr},
+    {GUMBO_TAG_FRAME, nullptr},         {GUMBO_TAG_EMBED, nullptr},
+    {GUMBO_TAG_BGSOUND, nullptr},       {GUMBO_TAG_AUDIO, nullptr},
+    {GUMBO_TAG_VIDEO, nullptr},         {GUMBO_TAG_SOURCE, nullptr},
+    {GUMBO_TAG_UNKNOWN, "v:image"},     {GUMBO_TAG_UNKNOWN, "v:fill"},
+    {GUMBO_TAG_UNKNOWN, "v:imagedata"},
+};
+
+// The tag name as written, without "<", for elements the parser does not know.
+std::string_view originalName(const GumboElement& element) {
+    GumboStringPiece name = element.original_tag;
+    if (name.length == 0)
+        return {};
+    gumbo_tag_from_original_text(&name);
+    return {name.data, name.length};
+}
+
+bool sameNoCase(std::string_view a, const char* lower) {
+    const size_t n = std::strlen(lower);
+    if (a.size() != n)
+        return false;
+    for (size_t i = 0; i < n; ++i) {
+        char c = a[i];
+        if (c >= 'A' && c <= 'Z')
+            c = char(c - 'A' + 'a');
+        if (c != lower[i])
+            return false;
+    }
+    return true;
+}
+
 bool hasSrcProperty(const GumboElement& element) {
     if (element.tag_namespace != GUMBO_NAMESPACE_HTML)
-        return false; // an SVG <script> has no src
-    switch (element.tag) {
-    case GUMBO_TAG_IMG:
-    case GUMBO_TAG_INPUT:
-    case GUMBO_TAG_SCRIPT:
-    case GUMBO_TAG_IFRAME:
-    case GUMBO_TAG_FRAME:
-    case GUMBO_TAG_EMBED:
-    case GUMBO_TAG_BGSOUND:
-    case GUMBO_TAG_AUDIO:
-    case GUMBO_TAG_VIDEO:
-    case GUMBO_TAG_SOURCE:
-        return true;
-    default:
         return false;
+    for (const SrcElement& e : kSrcElements) {
+        if (e.tag != element.tag)
+            continue;
+        if (!e.name || sameNoCase(originalName(element), e.name))
+            return true;
     }
+    return false;
 }
 
 QString tagName(const GumboElement& element) {
     if (element.tag != GUMBO_TAG_UNKNOWN)
         return QString::fromLatin1(gumbo_normalized_tagname(element.tag));
-    GumboStringPiece name = element.original_tag;
-    if (name.length == 0)
-        return {};
-    gumbo_tag_from_original_text(&name);
-    return QString::fromUtf8(name.data, qsizetype(name.length)).toLower();
+    const std::string_view name = originalName(element);
+    return QString::fromUtf8(name.data(), qsizetype(name.size())).toLower();
 }
 
 const GumboAttribute* findAttribute(const GumboElement& element, const char* name) {
@@ -268,12 +300,146 @@ void appendEscaped(QString& out, QStringView value, char16_t quote) {
     for (QChar c : value) {
         if (c == u'&')
             out += u"&amp;"_s;
+        else if (c == u'>') // a value inside a conditional comment must not end it
+            out += u"&gt;"_s;
         else if (c == quote)
             out += quote == u'"' ? u"&quot;"_s : u"&#39;"_s;
         else
             out += c;
     }
 }
+
+// One pass over a parsed text, and over the content of its conditional comments, each parsed
+// on its own. Offsets are bytes of the whole text (origin).
+struct Walk {
+    const char* origin;
+    std::vector<ByteMark>& marks;
+    std::vector<Reference>& references;
+
+    // Comments inside a conditional comment's content cannot close, so they nest only as deep as
+    // an unclosed "<!--" chain; the limit only bounds crafted input.
+    static constexpr int kMaxDepth = 8;
+
+    void mark(size_t from, size_t to) {
+        marks.push_back({from, references.size(), false});
+        marks.push_back({to, references.size(), true});
+    }
+
+    void add(Reference reference, const char* from, const char* to) {
+        if (from)
+            mark(size_t(from - origin), size_t(to - origin));
+        references.push_back(std::move(reference));
+    }
+
+    // The urls of CSS text; `at` is where the text lies in the walked buffer, or null when it is
+    // not there (a value the parser made), so the urls can be listed but not rewritten.
+    void css(std::string_view text, const char* at, CssUrls::Context context, const QString& tag) {
+        for (const CssUrls::Url& url : CssUrls::scan(text, context)) {
+            Reference reference;
+            reference.tag = tag;
+            reference.attribute = Attribute::CssUrl;
+            reference.value = CssUrls::valueOf(text.substr(url.from, url.to - url.from), context);
+            reference.quote = char16_t(url.quote);
+            if (reference.value.isEmpty() || reference.value.startsWith(u'#'))
+                continue;
+            add(std::move(reference), at ? at + url.from : nullptr, at ? at + url.to : nullptr);
+        }
+    }
+
+    void element(const GumboElement& element, const char* begin, const char* end) {
+        const bool src = hasSrcProperty(element);
+        const GumboAttribute* attribute = findAttribute(element, src ? "src" : "background");
+        std::optional<QString> tag;
+        const auto name = [&]() -> const QString& {
+            return tag ? *tag : tag.emplace(tagName(element));
+        };
+        if (attribute && attribute->value[0] != '\0') {
+            Reference reference;
+            reference.tag = name();
+            reference.attribute = src ? Attribute::Src : Attribute::Background;
+            reference.value = QString::fromUtf8(attribute->value);
+            const std::optional<ValueBytes> place = placeOf(*attribute, begin, end);
+            if (place)
+                reference.quote = place->quote;
+            add(std::move(reference), place ? begin + place->from : nullptr,
+                place ? begin + place->to : nullptr);
+        }
+        if (const GumboAttribute* style = findAttribute(element, "style")) {
+            if (const std::optional<ValueBytes> place = placeOf(*style, begin, end)) {
+                const char* at = begin + place->from;
+                if (std::string_view text(at, place->to - place->from);
+                    text.find('(') != std::string_view::npos)
+                    css(text, at, CssUrls::Context::Attribute, name());
+            } else if (std::strchr(style->value, '(')) {
+                css(style->value, nullptr, CssUrls::Context::StyleSheet, name());
+            }
+        }
+        if (element.tag == GUMBO_TAG_STYLE && element.tag_namespace == GUMBO_NAMESPACE_HTML) {
+            for (unsigned i = 0; i < element.children.length; ++i) {
+                const auto* child = static_cast<const GumboNode*>(element.children.data[i]);
+                if (child->type != GUMBO_NODE_TEXT && child->type != GUMBO_NODE_WHITESPACE)
+                    continue;
+                const GumboStringPiece& text = child->v.text.original_text;
+                if (inBuffer(text, begin, end))
+                    css({text.data, text.length}, text.data, CssUrls::Context::StyleSheet, name());
+            }
+        }
+    }
+
+    // "<!--[if mso]>content<![endif]-->": the content is HTML that some mail programs show.
+    void comment(const GumboText& text, const char* begin, const char* end, int depth) {
+        if (depth >= kMaxDepth || !inBuffer(text.original_text, begin, end))
+            return;
+        const std::string_view whole(text.original_text.data, text.original_text.length);
+        if (whole.size() < 7 || !sameNoCase(whole.substr(0, 7), "<!--[if"))
+            return;
+        const size_t open = whole.find("]>", 7);
+        if (open == std::string_view::npos)
+            return;
+        size_t close = whole.size();
+        for (size_t at = whole.size(); at-- > open;) {
+            if (whole.size() - at >= 9 && sameNoCase(whole.substr(at, 9), "<![endif]")) {
+                close = at;
+                break;
+            }
+        }
+        if (close == whole.size() && whole.ends_with("-->"))
+            close -= 3;
+        if (close > open + 2)
+            parse(whole.data() + open + 2, whole.data() + close, depth + 1);
+    }
+
+    void parse(const char* begin, const char* end, int depth) {
+        Arena arena;
+        GumboOptions options = kGumboDefaultOptions;
+        options.allocator = &Arena::allocate;
+        options.deallocator = &Arena::release;
+        options.userdata = &arena;
+        options.max_errors = 0; // we never read them
+        // The whole tree lives in the arena: dropping it frees the tree, no gumbo_destroy_output.
+        const GumboOutput* output = gumbo_parse_with_options(&options, begin, size_t(end - begin));
+
+        // Iterative, depth first: a page of deeply nested elements must not exhaust the stack.
+        std::vector<const GumboNode*> pending{output->document};
+        while (!pending.empty()) {
+            const GumboNode* node = pending.back();
+            pending.pop_back();
+            const GumboVector* children = nullptr;
+            if (node->type == GUMBO_NODE_DOCUMENT) {
+                children = &node->v.document.children;
+            } else if (node->type == GUMBO_NODE_ELEMENT || node->type == GUMBO_NODE_TEMPLATE) {
+                children = &node->v.element.children;
+                element(node->v.element, begin, end);
+            } else if (node->type == GUMBO_NODE_COMMENT) {
+                comment(node->v.text, begin, end, depth);
+            }
+            if (children) {
+                for (unsigned i = children->length; i-- > 0;)
+                    pending.push_back(static_cast<const GumboNode*>(children->data[i]));
+            }
+        }
+    }
+};
 
 } // namespace
 
@@ -315,51 +481,9 @@ std::optional<QString> safeFileName(QStringView storedPath) {
 
 ReferenceWalker::ReferenceWalker(QString html) : m_html(std::move(html)) {
     const QByteArray utf8 = m_html.toUtf8();
-    Arena arena;
-    GumboOptions options = kGumboDefaultOptions;
-    options.allocator = &Arena::allocate;
-    options.deallocator = &Arena::release;
-    options.userdata = &arena;
-    options.max_errors = 0; // we never read them
-    // The whole tree lives in the arena: dropping the arena frees it, no gumbo_destroy_output.
-    const GumboOutput* output =
-        gumbo_parse_with_options(&options, utf8.constData(), size_t(utf8.size()));
-
     std::vector<ByteMark> marks;
-    const char* const begin = utf8.constData();
-    const char* const end = begin + utf8.size();
-
-    // Iterative, depth first: a page of deeply nested elements must not exhaust the stack.
-    std::vector<const GumboNode*> pending{output->document};
-    while (!pending.empty()) {
-        const GumboNode* node = pending.back();
-        pending.pop_back();
-        const GumboVector* children = nullptr;
-        if (node->type == GUMBO_NODE_DOCUMENT) {
-            children = &node->v.document.children;
-        } else if (node->type == GUMBO_NODE_ELEMENT || node->type == GUMBO_NODE_TEMPLATE) {
-            const GumboElement& element = node->v.element;
-            children = &element.children;
-            const bool src = hasSrcProperty(element);
-            const GumboAttribute* attribute = findAttribute(element, src ? "src" : "background");
-            if (attribute && attribute->value[0] != '\0') {
-                Reference reference;
-                reference.tag = tagName(element);
-                reference.attribute = src ? Attribute::Src : Attribute::Background;
-                reference.value = QString::fromUtf8(attribute->value);
-                if (const std::optional<ValueBytes> place = placeOf(*attribute, begin, end)) {
-                    reference.quote = place->quote;
-                    marks.push_back({place->from, m_references.size(), false});
-                    marks.push_back({place->to, m_references.size(), true});
-                }
-                m_references.push_back(std::move(reference));
-            }
-        }
-        if (children) {
-            for (unsigned i = children->length; i-- > 0;)
-                pending.push_back(static_cast<const GumboNode*>(children->data[i]));
-        }
-    }
+    Walk walk{utf8.constData(), marks, m_references};
+    walk.parse(utf8.constData(), utf8.constData() + utf8.size(), 0);
 
     mapToUtf16(utf8, marks);
     for (const ByteMark& mark : marks) {
@@ -388,7 +512,9 @@ QString ReferenceWalker::rewrite(QStringView html, std::vector<Edit> edits) {
         if (e.start < at)
             continue;
         out += html.sliced(at, e.start - at);
-        if (e.quote == 0) {
+        if (e.syntax == Syntax::Css) {
+            out += CssUrls::escaped(e.value);
+        } else if (e.quote == 0) {
             out += u'"';
             appendEscaped(out, e.value, u'"');
             out += u'"';

@@ -50,19 +50,23 @@ QString fileNameOf(QStringView path);
 // it is joined to: empty, ".", "..", or holding NUL or another control character.
 std::optional<QString> safeFileName(QStringView storedPath);
 
-enum class Attribute { Src, Background };
+// Where a reference is written: an attribute value that is the reference itself, or the text of
+// one url(...) inside a style attribute or a <style> element.
+enum class Attribute { Src, Background, CssUrl };
+enum class Syntax { Html, Css };
 
 struct Reference {
-    QString tag; // as the DOM names it: "img", "td", "svg"...
+    QString tag; // as the DOM names it: "img", "td", "v:fill"; "style" for a <style> block
     Attribute attribute = Attribute::Src;
     QString value; // character references decoded
     // The value's place in the walked text, in UTF-16 code units, quotes excluded. -1 when the
     // attribute is not in the text (the parser made it), so it cannot be rewritten.
     qsizetype start = -1;
     qsizetype length = 0;
-    char16_t quote = 0; // '"', '\'' or 0 for an unquoted value
+    char16_t quote = 0; // '"', '\'' or 0 for an unquoted value (for a CssUrl, the CSS quote)
 
     bool inSource() const { return start >= 0; }
+    Syntax syntax() const { return attribute == Attribute::CssUrl ? Syntax::Css : Syntax::Html; }
 };
 
 // A new value for the range of a Reference.
@@ -71,16 +75,21 @@ struct Edit {
     qsizetype length = 0;
     char16_t quote = 0;
     QString value;
+    Syntax syntax = Syntax::Html;
 
     static Edit of(const Reference& reference, QString value) {
-        return {reference.start, reference.length, reference.quote, std::move(value)};
+        return {reference.start, reference.length, reference.quote, std::move(value),
+                reference.syntax()};
     }
 };
 
-// Parses a whole document once and lists, for every element in document (tree) order, the
+// Parses a whole document once and lists, in document (tree) order, for every element the
 // attribute that names its resource: "src" on the elements that load one through it (img,
-// input, script, iframe, frame, embed, bgsound, audio, video, source), "background" on every
-// other element. Empty and missing values are left out.
+// input, script, iframe, frame, embed, bgsound, audio, video, source, and the VML v:image,
+// v:fill and v:imagedata), "background" on every other element; then each url(...) of its
+// style attribute; and each url(...) of a <style> element. The content of a conditional comment
+// ("<!--[if mso]>...<![endif]-->") is parsed as HTML and walked the same way. Empty and missing
+// values are left out, and so are CSS urls naming a fragment ("#id").
 class ReferenceWalker {
 public:
     explicit ReferenceWalker(QString html);
@@ -91,10 +100,11 @@ public:
     // The walked text with the edited values replaced and every other code unit unchanged.
     QString rewrite(const std::vector<Edit>& edits) const { return rewrite(m_html, edits); }
 
-    // A quoted value keeps its quotes ("&" and the quote character become character
-    // references); an unquoted one is written in double quotes. Edits outside the text are
-    // ignored, and so is an edit overlapping an earlier one (the parser can clone an element,
-    // and with it the range of its attribute).
+    // A quoted value keeps its quotes ("&", ">" and the quote character become character
+    // references); an unquoted one is written in double quotes. A CSS url keeps its quotes or
+    // their absence, and its value is written in CSS escapes where needed (CssUrls::escaped). Edits
+    // outside the text are ignored, and so is an edit overlapping an earlier one (the parser can
+    // clone an element, and with it the range of its attribute).
     static QString rewrite(QStringView html, std::vector<Edit> edits);
 
 private:

@@ -192,10 +192,11 @@ QStringList corpusPages() {
     return pages;
 }
 
-// The value range widened to its quotes, so unquoted and quoted values compare alike.
+// The value range widened to its quotes, so unquoted and quoted values compare alike. A CSS url
+// keeps its quotes, so its range is its text.
 std::pair<qsizetype, qsizetype> withQuotes(const Reference& r) {
-    return r.quote ? std::pair(r.start - 1, r.start + r.length + 1)
-                   : std::pair(r.start, r.start + r.length);
+    return r.quote && r.syntax() == Syntax::Html ? std::pair(r.start - 1, r.start + r.length + 1)
+                                                 : std::pair(r.start, r.start + r.length);
 }
 
 QStringList outsideValues(const QString& html, const std::vector<Reference>& refs) {
@@ -237,6 +238,103 @@ TEST(Walker, CorpusRewriteKeepsEverythingElse) {
             << page.toStdString();
     }
     EXPECT_GT(total, 30u);
+}
+
+// The references mail designers put where mail programs look for backgrounds: CSS and VML, in
+// and out of conditional comments. Each row: the page, the objects a save embeds (relative to
+// /m/), and the page as the preview gets it (R stands for the restore folder).
+struct CssVmlCase {
+    const char* name;
+    QString html;
+    QStringList objects;
+    QString preview;
+};
+
+void PrintTo(const CssVmlCase& c, std::ostream* os) {
+    *os << c.name;
+}
+
+class CssVmlTest : public testing::TestWithParam<CssVmlCase> {};
+
+TEST_P(CssVmlTest, EmbeddedOnceAndRedirectedInPlace) {
+    const CssVmlCase& c = GetParam();
+    QStringList expected;
+    for (const QString& o : c.objects)
+        expected << "/m/" + o;
+    EXPECT_EQ(objectList(c.html, "/m/", P), expected);
+    QString preview = c.preview;
+    EXPECT_EQ(redirectForPreview(c.html, "/r/", P), preview.replace("R/", "/r/"));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    References, CssVmlTest,
+    testing::Values(
+        CssVmlCase{"style_attribute_local_and_https",
+                   "<div style=\"background:#222 url(img/a.png) no-repeat, "
+                   "URL('https://h/b.png')\">x</div>",
+                   {"img/a.png"},
+                   "<div style=\"background:#222 url(R/a.png) no-repeat, "
+                   "URL('https://h/b.png')\">x</div>"},
+        CssVmlCase{"style_block_quoted",
+                   "<style>\n.hero { background-image: url(\"images/a.jpg\"); }\n</style><p>x",
+                   {"images/a.jpg"},
+                   "<style>\n.hero { background-image: url(\"R/a.jpg\"); }\n</style><p>x"},
+        CssVmlCase{"vml_fill_in_conditional_comment",
+                   "<td><!--[if gte mso 9]><v:rect fill=\"true\"><v:fill type=\"tile\" "
+                   "src=\"img/bg.jpg\" color=\"#222\" /><v:textbox><![endif]--><p>Hi</td>",
+                   {"img/bg.jpg"},
+                   "<td><!--[if gte mso 9]><v:rect fill=\"true\"><v:fill type=\"tile\" "
+                   "src=\"R/bg.jpg\" color=\"#222\" /><v:textbox><![endif]--><p>Hi</td>"},
+        CssVmlCase{"vml_image_unquoted_and_revealed_comment",
+                   "<!--[if mso]><V:Image src=v.png style='width:600px'/><![endif]-->"
+                   "<!--[if !mso]><!--><div style=background:url(w.png)>x</div><!--<![endif]-->",
+                   {"v.png", "w.png"},
+                   "<!--[if mso]><V:Image src=\"R/v.png\" style='width:600px'/><![endif]-->"
+                   "<!--[if !mso]><!--><div style=background:url(R/w.png)>x</div><!--<![endif]-->"},
+        CssVmlCase{"windows_separators",
+                   "<div style=\"background-image: url( images\\bg.jpg )\">",
+                   {"images/bg.jpg"},
+                   "<div style=\"background-image: url( R/bg.jpg )\">"},
+        CssVmlCase{"same_file_from_attribute_css_and_vml",
+                   "<table background=\"img/a.png\" style=\"background:url('img/a.png')\">"
+                   "<tr><td><!--[if mso]><v:image src=\"img/a.png\"/><![endif]--></td></tr>"
+                   "</table><style>b{background:url(img/a.png)}</style>",
+                   {"img/a.png"},
+                   "<table background=\"R/a.png\" style=\"background:url('R/a.png')\">"
+                   "<tr><td><!--[if mso]><v:image src=\"R/a.png\"/><![endif]--></td></tr>"
+                   "</table><style>b{background:url(R/a.png)}</style>"},
+        CssVmlCase{"entity_quotes_and_names_that_need_escapes",
+                   "<p style=\"background:url(&quot;my pic&amp;(1).png&quot;)\">",
+                   {"my pic&(1).png"},
+                   "<p style=\"background:url(&quot;R/my\\000020pic\\000026\\0000281\\000029"
+                   ".png&quot;)\">"},
+        CssVmlCase{"not_files_and_not_urls",
+                   "<style>/* url(a.png) */ b{content:'url(b.png)'} i{x:myurl(c.png)} "
+                   "u{mask:url(#m); background:url(data:image/png;base64,AA==), url(cid:x)}"
+                   "</style><p style=\"background:url(//cdn/x.png)\">"
+                   "<!-- plain comment <img src=d.png> -->",
+                   {},
+                   "<style>/* url(a.png) */ b{content:'url(b.png)'} i{x:myurl(c.png)} "
+                   "u{mask:url(#m); background:url(data:image/png;base64,AA==), url(cid:x)}"
+                   "</style><p style=\"background:url(//cdn/x.png)\">"
+                   "<!-- plain comment <img src=d.png> -->"}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+// A url written with escapes reads back as the name it stands for, in a style attribute and
+// in a <style> block, whatever quote surrounds it.
+TEST(Walker, CssValuesRoundTripThroughEscapes) {
+    const QString name = u"/r/a \"b\" 'c' (d) <e>&f.png"_s;
+    const QString html = "<p style='background:url(x.png)'><p style=\"x:url(&#39;y.png&#39;)\">"
+                         "<style>a{b:url(\"z.png\")}</style>";
+    const ReferenceWalker w(html);
+    ASSERT_EQ(w.references().size(), 3u);
+    std::vector<Edit> edits;
+    for (const Reference& r : w.references())
+        edits.push_back(Edit::of(r, name));
+    const ReferenceWalker again(w.rewrite(edits));
+    ASSERT_EQ(again.references().size(), 3u);
+    for (const Reference& r : again.references())
+        EXPECT_EQ(r.value, name);
 }
 
 // ---- what the program does with them ------------------------------------------------------
