@@ -167,6 +167,53 @@ TEST_F(MessageFileTest, SaveOpenRoundTripRestoresObjectsAndBody) {
     EXPECT_TRUE(QFileInfo::exists(o.restoreFolder + "logo.png"));
 }
 
+// A hero picture that only CSS and VML name travels with the message and is found again on a
+// computer that has no copy of the original folder.
+TEST_F(MessageFileTest, CssAndVmlPicturesTravelOnceAndAreFoundAfterTheMove) {
+    writeBytes(root + "news/img/hero.jpg", QByteArray(3000, 'h'));
+    const QString body =
+        "<html><head><style>.hero{background:url(\"img/hero.jpg\")}</style></head><body>"
+        "<table background=bg.gif><tr><td class=hero "
+        "style=\"background-image:url('img\\hero.jpg')\">"
+        "<!--[if gte mso 9]><v:rect><v:fill type=\"frame\" src=\"img/hero.jpg\" /></v:rect>"
+        "<![endif]--></td></tr></table></body></html>";
+    MessageDocument d = docWith(body);
+    ASSERT_TRUE(MessageFile::SalvaMessaggio(d, root + "news/m.mssx").ok());
+    const QString text = fileText(root + "news/m.mssx");
+    EXPECT_EQ(text.count("[<INI-FILE:"), 2);
+    EXPECT_EQ(text.count("hero.jpg>]"), 1);
+
+    ASSERT_TRUE(QDir(root + "news/img").removeRecursively());
+    MessageDocument o;
+    ASSERT_TRUE(MessageFile::ApriMessaggio(o, root + "news/m.mssx", root + "data/").ok());
+    EXPECT_EQ(o.body, body);
+    EXPECT_EQ(readBytes(o.restoreFolder + "hero.jpg"), QByteArray(3000, 'h'));
+    const References::LoadResult load =
+        References::redirectForLoad(o.body, root + "elsewhere/", o.restoreFolder);
+    EXPECT_EQ(load.html, QString(body)
+                             .replace("img/hero.jpg", o.restoreFolder + "hero.jpg")
+                             .replace("img\\hero.jpg", o.restoreFolder + "hero.jpg")
+                             .replace("bg.gif", "\"" + o.restoreFolder + "bg.gif\""));
+}
+
+// A file written before CSS pictures were embedded: its body names one it does not carry.
+TEST_F(MessageFileTest, OlderFileWithoutTheCssObjectStillOpens) {
+    const QString older =
+        "[<INI-SUBJ>]Old[<END-SUBJ>]\r\n[<INI-PRIO>]NR[<END-PRIO>]\r\n"
+        "[<INI-ALLG>]\r\n[<END-ALLG>]\r\n[<INI-MESS>]\r\n"
+        "<div style=\"background:url(c:\\old\\hero.jpg)\"><img src=\"c:\\old\\bg.gif\">"
+        "\r\n[<END-MESS>]\r\n[<INI-OBJECT>]\r\n[<INI-FILE:c:\\old\\bg.gif>]\r\n"
+        "Z2lm\r\n[<END-FILE>]\r\n[<END-OBJECT>]\r\n";
+    ASSERT_TRUE(TextFile::writeText(root + "old.mssx", older));
+    MessageDocument o;
+    const auto r = MessageFile::ApriMessaggio(o, root + "old.mssx", root + "data/");
+    ASSERT_TRUE(r.ok()) << r.error.toStdString();
+    EXPECT_TRUE(r.warnings.isEmpty());
+    EXPECT_EQ(readBytes(o.restoreFolder + "bg.gif"), "gif");
+    EXPECT_FALSE(QFileInfo::exists(o.restoreFolder + "hero.jpg"));
+    EXPECT_TRUE(o.body.startsWith("<div style=\"background:url(c:\\old\\hero.jpg)\">"));
+}
+
 TEST_F(MessageFileTest, VersionThreeKeepsAttachmentPathsAndRestoresNothing) {
     const QString v3 = "[<INI-SUBJ>] Old [<END-SUBJ>]\r\n[<INI-PRIO>]HI[<END-PRIO>]\r\n"
                        "[<INI-ALLG>]\r\nC:\\doc\\listino.pdf\r\n[<END-ALLG>]\r\n[<INI-MESS>]\r\n"
