@@ -809,8 +809,46 @@ QString clsBase64::DecodeToString(QStringView text) {
     return decodeCp1252(decode(text));
 }
 
+namespace {
+
+// Lines decoded and written per step: the decoded bytes are still in the cache when the
+// kernel copies them into the file, and memory stays small whatever the file's size.
+constexpr qsizetype kFileStepLines = 4096;
+
+// Whether the lines from `in` are whole lines as the encoder writes them: 76 characters with
+// no CR, LF or "=" among them, each followed by CR LF. Decoding such a block on its own gives
+// the same bytes as decoding it inside the whole text, because it holds whole groups and no
+// pair or padding straddles its ends.
+bool plainLines(const char16_t* in, qsizetype lines) {
+    char16_t odd = 0;
+    for (qsizetype l = 0; l < lines; ++l, in += kBrokenLineChars) {
+        for (qsizetype i = 0; i < kLineChars; ++i) {
+            const char16_t c = in[i];
+            odd |= char16_t((c == u'\r') | (c == u'\n') | (c == u'='));
+        }
+        odd |= char16_t((in[kLineChars] != u'\r') | (in[kLineChars + 1] != u'\n'));
+    }
+    return odd == 0;
+}
+
+bool writeAll(int fd, const uchar* p, qsizetype left, int& error) {
+    while (left > 0) {
+        const ssize_t written = ::write(fd, p, size_t(left));
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0) {
+            error = written < 0 ? errno : ENOSPC;
+            return false;
+        }
+        p += written;
+        left -= written;
+    }
+    return true;
+}
+
+} // namespace
+
 clsBase64::WriteResult clsBase64::ConvertiInFile(QStringView text, const QString& path) {
-    const QByteArray bytes = decode(text);
     const QByteArray name = QFile::encodeName(path);
     if (name.isEmpty())
         return {QStringLiteral("Cannot write a file without a name")};
@@ -825,23 +863,30 @@ clsBase64::WriteResult clsBase64::ConvertiInFile(QStringView text, const QString
         ::close(fd);
         return {QStringLiteral("Cannot write %1: not a regular file").arg(path)};
     }
-    const char* p = bytes.constData();
-    qsizetype left = bytes.size();
-    while (left > 0) {
-        const ssize_t written = ::write(fd, p, size_t(left));
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written <= 0) {
-            const int code = written < 0 ? errno : ENOSPC;
+    const char16_t* in = text.utf16();
+    const qsizetype n = text.size();
+    constexpr qsizetype kStepChars = kFileStepLines * kBrokenLineChars;
+    QByteArray buffer;
+    qint64 total = 0;
+    int error = 0;
+    for (qsizetype at = 0; at < n;) {
+        // A block of plain lines, or else everything left in one piece under the full rules.
+        const qsizetype take =
+            n - at > kStepChars && plainLines(in + at, kFileStepLines) ? kStepChars : n - at;
+        if (buffer.size() < decodeCapacity(take))
+            buffer.resize(decodeCapacity(take));
+        auto* out = reinterpret_cast<uchar*>(buffer.data());
+        const qsizetype produced = decode(in + at, take, out);
+        if (!writeAll(fd, out, produced, error)) {
             ::close(fd);
-            return {QStringLiteral("Cannot write %1: %2").arg(path, qt_error_string(code))};
+            return {QStringLiteral("Cannot write %1: %2").arg(path, qt_error_string(error))};
         }
-        p += written;
-        left -= written;
+        total += produced;
+        at += take;
     }
     if (::close(fd) != 0)
         return {QStringLiteral("Cannot write %1: %2").arg(path, qt_error_string(errno))};
-    return {QString(), qint64(bytes.size())};
+    return {QString(), total};
 }
 
 } // namespace quillora

@@ -9,6 +9,7 @@
 #include <random>
 
 using quillora::clsBase64;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -286,6 +287,48 @@ TEST_F(Base64Files, EncodeFileRoundTripsThroughConvertiInFile) {
     ASSERT_TRUE(clsBase64::ConvertiInFile(*text, path("out.bin")).ok());
     EXPECT_EQ(readBytes(path("out.bin")), data);
 }
+
+// A file is decoded and written block by block. Whatever a hand edit or an older writer left
+// somewhere in the text, the file holds exactly what decoding the whole text at once gives.
+struct BlockCase {
+    const char* name;
+    qsizetype at; // where the text is changed, in characters
+    QString insert;
+    qsizetype remove;
+};
+
+void PrintTo(const BlockCase& c, std::ostream* os) {
+    *os << c.name;
+}
+
+class ConvertiInFileBlocks : public testing::TestWithParam<BlockCase> {};
+
+TEST_P(ConvertiInFileBlocks, SameBytesAsDecodingAtOnce) {
+    const BlockCase& c = GetParam();
+    // About five blocks of lines and a short last line.
+    QString text = clsBase64().EncodeByteArray(randomBytes(57 * 4096 * 5 + 40, 23));
+    text.replace(c.at, c.remove, c.insert);
+    QTemporaryDir dir;
+    const QString file = dir.filePath(QStringLiteral("out.bin"));
+    const clsBase64::WriteResult w = clsBase64::ConvertiInFile(text, file);
+    ASSERT_TRUE(w.ok()) << w.error.toStdString();
+    const QByteArray expected = clsBase64::DecodeToByteArray(text);
+    EXPECT_EQ(w.bytes, expected.size());
+    EXPECT_EQ(readBytes(file), expected);
+}
+
+constexpr qsizetype kBlock = 4096 * 78; // characters of one block of broken lines
+
+INSTANTIATE_TEST_SUITE_P(
+    Base64Files, ConvertiInFileBlocks,
+    testing::Values(BlockCase{"unchanged", 0, {}, 0},
+                    BlockCase{"equals_in_second_block", kBlock + 100, u"="_s, 0},
+                    BlockCase{"lone_cr_in_third_block", 2 * kBlock + 5, u"\r"_s, 0},
+                    BlockCase{"pair_moved_across_a_block_end", kBlock - 3, u"\r\n"_s, 0},
+                    BlockCase{"break_missing_at_a_block_end", kBlock - 2, {}, 2},
+                    BlockCase{"one_character_short_in_first_block", 10, {}, 1},
+                    BlockCase{"blank_line_between_blocks", 3 * kBlock, u"\r\n"_s, 0}),
+    [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(Base64Files, ConvertiInFileOverwritesWithoutShortening) {
     writeBytes(path("same.bin"), "0123456789ABCDEFGHIJ");
