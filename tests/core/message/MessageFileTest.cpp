@@ -260,6 +260,68 @@ TEST_F(MessageFileTest, ObjectsComeOnlyFromAfterTheBody) {
     EXPECT_FALSE(QFileInfo::exists(root + "restore/evil.txt"));
 }
 
+// Object sections as hand edits and older programs left them. Each row: the text after
+// "[<INI-OBJECT>]" and every object read from it, as stored path and decoded size; restoring
+// writes the same sizes.
+struct SectionCase {
+    const char* name;
+    QString section;
+    std::vector<std::pair<QString, qint64>> objects;
+};
+
+void PrintTo(const SectionCase& c, std::ostream* os) {
+    *os << c.name;
+}
+
+class ObjectSectionTest : public testing::TestWithParam<SectionCase> {};
+
+TEST_P(ObjectSectionTest, SplitLikeEveryEarlierVersion) {
+    const SectionCase& c = GetParam();
+    QTemporaryDir dir;
+    const QString file = dir.filePath("s.mssx");
+    writeBytes(file,
+               TextFile::encodeUtf16LE("[<INI-SUBJ>]s[<END-SUBJ>]\r\n[<INI-PRIO>]NR[<END-PRIO>]"
+                                       "\r\n[<INI-ALLG>]\r\n[<END-ALLG>]\r\n[<INI-MESS>]\r\n"
+                                       "<p>x</p>\r\n[<END-MESS>]\r\n[<INI-OBJECT>]\r\n" +
+                                       c.section));
+    for (const QString& restore : {QString(), dir.filePath("r/")}) {
+        const MessageFile::ReadResult r = MessageFile::read(file, restore);
+        ASSERT_TRUE(r.ok()) << r.error.toStdString();
+        std::vector<std::pair<QString, qint64>> got;
+        for (const MessageFile::StoredObject& o : r.content.objects)
+            got.emplace_back(o.storedPath, o.name.isEmpty() ? -1 : o.size);
+        EXPECT_EQ(got, c.objects) << (restore.isEmpty() ? "listing" : "restoring");
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    MessageFile, ObjectSectionTest,
+    testing::Values(
+        SectionCase{"as_written",
+                    "[<INI-FILE:c:\\a\\x.png>]\r\naGVsbG8=\r\n[<END-FILE>]\r\n"
+                    "[<INI-FILE:/b/y.gif>]\r\nZ2lm\r\n[<END-FILE>]\r\n[<END-OBJECT>]\r\n",
+                    {{"c:\\a\\x.png", 5}, {"/b/y.gif", 3}}},
+        SectionCase{"brackets_in_the_path",
+                    "[<INI-FILE:c:\\a[1]>]\\x.png>]\r\naGVsbG8=\r\n[<END-FILE>]\r\n"
+                    "[<END-OBJECT>]\r\n",
+                    {{"c:\\a[1]", 11}}},
+        SectionCase{"bracket_in_the_data",
+                    "[<INI-FILE:x.png>]\r\naGV[sbG8=\r\n[<END-FILE>]\r\n[<END-OBJECT>]\r\n",
+                    {{"x.png", 6}}},
+        SectionCase{"no_end_markers",
+                    "[<INI-FILE:x.png>]\r\naGVsbG8=\r\n[<END-FILE>]\r\n[<INI-FILE:y.gif>]\r\n"
+                    "Z2lmZ2lm",
+                    {{"x.png", 5}, {"y.gif", 3}}},
+        SectionCase{"text_after_the_section",
+                    "[<INI-FILE:x.png>]\r\naGVsbG8=\r\n[<END-FILE>]\r\n[<END-OBJECT>]\r\nxx"
+                    "[<INI-FILE:z.png>]\r\naGk=\r\n[<END-FILE>]\r\n",
+                    {{"x.png", 5}, {"z.png", 2}}},
+        SectionCase{"path_without_its_end",
+                    "[<INI-FILE:x.png\r\n[<INI-FILE:y.gif>]\r\nZ2lm\r\n[<END-FILE>]\r\n"
+                    "[<END-OBJECT>]\r\n",
+                    {{"x.png\r\n", -1}, {"y.gif", 3}}}),
+    [](const auto& info) { return std::string(info.param.name); });
+
 TEST_F(MessageFileTest, BrokenFilesKeepTheCurrentDocument) {
     MessageDocument keep = docWith("<p>mine</p>");
     keep.markSaved(root + "mine.mssx");
