@@ -1,8 +1,15 @@
 #!/usr/bin/env bash
 # Save then open a message carrying 100 MB of embedded files, next to cp of the result.
-# Usage: bench/message_roundtrip.sh [build-folder]   (prints times, ratios and peak memory)
+# Usage: bench/message_roundtrip.sh [build-folder] [rounds]
+#
+# Each round times, in this order: save (pack), open (extract), cp of the message file, and cp
+# followed by fdatasync of the copy (what the save's own fdatasync costs on top of writing).
+# Every step starts after a sync, so no step pays for the previous one's write-back. Medians of
+# the rounds are printed, wall time and CPU time (user + system) side by side: on a shared
+# machine the CPU times are the steadier comparison.
 set -euo pipefail
 build=$(realpath "${1:-build}")
+rounds=${2:-3}
 cli="$build/quillora-cli"
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -19,24 +26,54 @@ html="$work/page/index.html"
 } > "$html"
 sync
 
-now() { date +%s.%N; }
-peak() { grep 'Maximum resident' "$1" | awk '{print $NF}'; }
+/usr/bin/python3 - "$cli" "$work" "$rounds" <<'PY'
+import os, resource, shutil, subprocess, sys, time, filecmp
+cli, work, rounds = sys.argv[1], sys.argv[2], int(sys.argv[3])
+msg, out, copy = f"{work}/news.mssx", f"{work}/out", f"{work}/copy.mssx"
 
-t0=$(now); /usr/bin/time -v "$cli" pack "$html" -o "$work/news.mssx" 2> "$work/pack.time"; t1=$(now)
-t2=$(now); /usr/bin/time -v "$cli" extract "$work/news.mssx" "$work/out" 2> "$work/extract.time"; t3=$(now)
-t4=$(now); cp "$work/news.mssx" "$work/copy.mssx"; t5=$(now)
+def run(cmd):
+    """Wall seconds, CPU seconds and peak resident KiB of one child."""
+    os.sync()
+    before = resource.getrusage(resource.RUSAGE_CHILDREN)
+    t = time.perf_counter()
+    p = subprocess.Popen(cmd, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    _, status, usage = os.wait4(p.pid, 0)
+    wall = time.perf_counter() - t
+    if status != 0:
+        sys.exit(f"{cmd[0]} failed")
+    return wall, usage.ru_utime + usage.ru_stime, usage.ru_maxrss
 
-size=$(stat -c %s "$work/news.mssx")
-for i in $(seq 1 10); do cmp -s "$work/page/img/photo$i.jpg" "$work/out/photo$i.jpg" || { echo "photo$i differs" >&2; exit 1; }; done
-python3 - "$t0" "$t1" "$t2" "$t3" "$t4" "$t5" "$size" "$(peak "$work/pack.time")" "$(peak "$work/extract.time")" <<'PY'
-import sys
-t0, t1, t2, t3, t4, t5 = map(float, sys.argv[1:7])
-size, pack_kb, extract_kb = int(sys.argv[7]), int(sys.argv[8]), int(sys.argv[9])
-save, open_, cp = t1 - t0, t3 - t2, t5 - t4
-mb = size / 1e6
-print(f"message file: {mb:.1f} MB (100 MiB of embedded files)")
-print(f"save (pack):    {save:6.3f} s  peak {pack_kb/1024:6.1f} MiB = {pack_kb*1024/size:.2f}x file")
-print(f"open (extract): {open_:6.3f} s  peak {extract_kb/1024:6.1f} MiB = {extract_kb*1024/size:.2f}x file")
-print(f"cp of the file: {cp:6.3f} s")
-print(f"save+open / cp = {(save + open_) / cp:.2f}x")
+steps = {"save (pack)": [], "open (extract)": [], "cp": [], "cp + fdatasync": []}
+for _ in range(rounds):
+    for f in (msg, copy):
+        if os.path.exists(f):
+            os.remove(f)
+    shutil.rmtree(out, ignore_errors=True)
+    steps["save (pack)"].append(run([cli, "pack", f"{work}/page/index.html", "-o", msg]))
+    steps["open (extract)"].append(run([cli, "extract", msg, out]))
+    steps["cp"].append(run(["cp", msg, copy]))
+    os.remove(copy)
+    steps["cp + fdatasync"].append(
+        run(["dd", f"if={msg}", f"of={copy}", "bs=4M", "conv=fdatasync", "status=none"]))
+for i in range(1, 11):
+    if not filecmp.cmp(f"{work}/page/img/photo{i}.jpg", f"{out}/photo{i}.jpg", shallow=False):
+        sys.exit(f"photo{i} differs")
+
+def median(values):
+    return sorted(values)[len(values) // 2]
+
+size = os.path.getsize(msg)
+med = {k: (median([w for w, _, _ in v]), median([c for _, c, _ in v]), max(m for _, _, m in v))
+       for k, v in steps.items()}
+print(f"message file: {size / 1e6:.1f} MB (100 MiB of embedded files), median of {rounds} rounds")
+for name, (wall, cpu, peak) in med.items():
+    print(f"{name:16s} {wall:6.3f} s wall  {cpu:6.3f} s CPU  peak {peak / 1024:6.1f} MiB "
+          f"= {peak * 1024 / size:.2f}x file")
+so_wall = med["save (pack)"][0] + med["open (extract)"][0]
+so_cpu = med["save (pack)"][1] + med["open (extract)"][1]
+for ref in ("cp", "cp + fdatasync"):
+    print(f"save+open / {ref:14s} = {so_wall / med[ref][0]:.2f}x wall, "
+          f"{so_cpu / med[ref][1]:.2f}x CPU")
+print(f"fdatasync of the file costs about {med['cp + fdatasync'][0] - med['cp'][0]:.3f} s "
+      f"wall here")
 PY
