@@ -215,6 +215,35 @@ TEST_F(frmMainTest, PagesKeepTheTextAcrossSwitches) {
     EXPECT_TRUE(w.bars().toolbar("TbTesto")->isEnabled());
 }
 
+// A trip through the source page that changes nothing leaves the visual page as it was, its
+// undo history included; a page loaded behind the window's back is taken from the source again.
+TEST_F(frmMainTest, UnchangedSourceKeepsTheVisualPageAndItsUndo) {
+    frmMain& w = start();
+    setBody("<html><body><div id=\"t\">one two</div></body></html>");
+    w.visualPage()->selectContents("#t");
+    w.Dks_CommandClick("cmdBold");
+    ASSERT_TRUE(waitFor([&] { return html().contains("<b>one two</b>"); }));
+    const quint64 loads = w.visualPage()->loadCount();
+    w.tabs()->setCurrentIndex(frmMain::PageSource);
+    EXPECT_TRUE(w.sourcePage()->text().contains("<b>one two</b>"));
+    EXPECT_EQ(w.sourcePage()->wrapMode(), QsciScintilla::WrapWord);
+    w.tabs()->setCurrentIndex(frmMain::PageVisual);
+    EXPECT_EQ(w.visualPage()->loadCount(), loads);
+    EXPECT_TRUE(w.visualPage()->isReady());
+    w.Dks_CommandClick("cmdUndo");
+    EXPECT_TRUE(waitFor([&] { return !html().contains("<b>"); })) << html().toStdString();
+
+    w.tabs()->setCurrentIndex(frmMain::PageSource);
+    const QString source = w.sourcePage()->text();
+    setBody("<html><body><p>loaded by someone else</p></body></html>");
+    QSignalSpy rebuilt(w.visualPage(), &VisualSurface::documentComplete);
+    w.tabs()->setCurrentIndex(frmMain::PageVisual);
+    ASSERT_TRUE(rebuilt.count() > 0 || rebuilt.wait(20000));
+    EXPECT_FALSE(html().contains("someone else"));
+    EXPECT_TRUE(html().contains("one two"));
+    EXPECT_EQ(w.sourcePage()->text(), source);
+}
+
 TEST_F(frmMainTest, TypingMarksTheTitleOnceAndEditCommandsFollowTheirRule) {
     frmMain& w = start();
     setBody("<html><body><p id=\"p\">text</p></body></html>");

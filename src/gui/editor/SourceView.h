@@ -18,6 +18,9 @@ public:
 
     // Replaces the text without it counting as an edit of the user.
     void setSourceText(const QString& text);
+    // Grows with every change the user makes to the text, so a caller can tell whether the text
+    // is still the one it set or saw.
+    quint64 editCount() const { return m_editCount; }
 
     // The find dialog of the page: asks for a text and selects the next match.
     void findDialog();
@@ -39,6 +42,7 @@ private:
     QsciLexerHTML* m_lexer = nullptr;
     QString m_schemeFile;
     bool m_settingText = false;
+    quint64 m_editCount = 0;
     QString m_lastFind;
 };
 

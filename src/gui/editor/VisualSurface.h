@@ -45,6 +45,8 @@ public:
     bool setDocumentHTML(const QString& html, const QString& workFolder);
     // Loaded, and the bridge answers.
     bool isReady() const { return m_ready; }
+    // Grows with every document load, whoever asked for it.
+    quint64 loadCount() const { return m_loads; }
     QUrl documentUrl() const { return m_documentUrl; }
 
     // The whole document as text, after every write queued before it. done is not called when

@@ -265,6 +265,15 @@ private:
     QList<QDockWidget*> m_visualPanes;
     QTemporaryDir m_scratch;
     int m_page = PageVisual;
+    // The visual page and the source text held the same body at these counts of source edits
+    // and page loads; nullopt when the two may differ.
+    struct PagesInStep {
+        quint64 edits;
+        quint64 loads;
+        bool operator==(const PagesInStep&) const = default;
+    };
+    std::optional<PagesInStep> m_pagesInStep;
+    PagesInStep pagesNow() const;
     bool m_closing = false;
     bool m_terminating = false; // closing on a signal or for the session: no question
     EditorSettings m_settings;

@@ -62,6 +62,7 @@ void frmMain::showBody(const QString& html, bool markModifiedWhenChanged, const 
         Qt::SingleShotConnection);
     CODE->setSourceText(html);
     if (!DHTML->setDocumentHTML(html, folder)) {
+        m_pagesInStep.reset();
         // The page keeps its old document, so the body is edited on the source page instead;
         // it counts as changed, or closing would drop it without a word.
         disconnect(completed);
@@ -72,6 +73,7 @@ void frmMain::showBody(const QString& html, bool markModifiedWhenChanged, const 
         emit documentLoaded();
         return;
     }
+    m_pagesInStep = pagesNow();
     WEB->setDocumentHTML(References::redirectForPreview(html, m_doc.restoreFolder), folder);
 }
 

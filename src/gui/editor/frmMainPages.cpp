@@ -129,6 +129,7 @@ void frmMain::Tbs_SelectedChanged(int page) {
         moved = html;
         if (html) {
             CODE->setSourceText(*html);
+            m_pagesInStep = pagesNow();
             if (page == PagePreview)
                 m_preview->showBody(References::redirectForPreview(*html, m_doc.restoreFolder),
                                     folder);
@@ -139,12 +140,18 @@ void frmMain::Tbs_SelectedChanged(int page) {
     } else if (previous == PageSource && (page == PageVisual || page == PagePreview)) {
         const QString text = CODE->text();
         moved = text;
-        if (!DHTML->setDocumentHTML(text, folder)) {
-            // The visual page still holds the old body: leaving the source page would lose
-            // every edit made there.
-            showSourceInstead();
-            reportError(QStringLiteral("Tbs_SelectedChanged"), pageFileError(folder));
-            return;
+        // Unedited source is what the visual page shows already: loading it again would cost
+        // a full parse and layout of the page, and the page's undo history.
+        if (m_pagesInStep != pagesNow()) {
+            if (!DHTML->setDocumentHTML(text, folder)) {
+                // The visual page still holds the old body: leaving the source page would lose
+                // every edit made there.
+                m_pagesInStep.reset();
+                showSourceInstead();
+                reportError(QStringLiteral("Tbs_SelectedChanged"), pageFileError(folder));
+                return;
+            }
+            m_pagesInStep = pagesNow();
         }
         if (page == PagePreview)
             m_preview->showBody(References::redirectForPreview(text, m_doc.restoreFolder), folder);
@@ -162,6 +169,10 @@ void frmMain::Tbs_SelectedChanged(int page) {
     // The body has just moved between pages: a good moment for the recovery copy.
     if (DaSalvare())
         writeRecoveryCopy(moved);
+}
+
+frmMain::PagesInStep frmMain::pagesNow() const {
+    return {CODE->editCount(), DHTML->loadCount()};
 }
 
 void frmMain::showSourceInstead() {
