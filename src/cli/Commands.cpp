@@ -36,6 +36,12 @@ commands:
   accounts add --name NAME --address ADDRESS [--server HOST] [--port N]
                [--auth none|plain|login] [--security none|starttls|ssl|auto] [--inactive]
   accounts remove ID                     remove the account with that identifier
+  snippets list                          list the stored snippets: number, title
+  snippets add --title T (--text S | --file F)
+                                         store a snippet and print its number
+  snippets show N                        print the text of snippet N
+  snippets remove N                      delete snippet N
+  templates list                         list the templates: category, name, page
   help [COMMAND]                         show this text, or the help of one command
 
 "quillora-cli COMMAND --help" shows the options of one command. Options may come before or
@@ -51,7 +57,7 @@ struct Command {
 constexpr Command kCommands[] = {
     {"info", info},     {"extract", extract},     {"pack", pack},          {"slice", slice},
     {"to-eml", toEml},  {"spamcheck", spamcheck}, {"check", checkMessage}, {"send", sendTest},
-    {"import", import}, {"accounts", accounts},
+    {"import", import}, {"accounts", accounts},   {"snippets", snippets},  {"templates", templates},
 };
 
 // An option name as it would be typed.

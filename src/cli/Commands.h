@@ -31,6 +31,8 @@ int spamcheck(const QStringList& args);
 int checkMessage(const QStringList& args);
 int sendTest(const QStringList& args);
 int import(const QStringList& args);
+int snippets(const QStringList& args);
+int templates(const QStringList& args);
 
 // A positional argument; every one a command declares is required.
 struct Positional {
