@@ -17,6 +17,8 @@ RUN_PACKAGES=(
   # the imports: documents through LibreOffice, Outlook files through msgconvert (which
   # uses Email::Address, only a recommendation of its package)
   libreoffice-writer-nogui libemail-outlook-message-perl libemail-address-perl
+  # the social icons and template pictures are drawn at build time with this font
+  fonts-dejavu-core
 )
 TEST_PACKAGES=(
   googletest libgtest-dev libgmock-dev libbenchmark-dev
