@@ -159,6 +159,7 @@ constexpr Target kRows[] = {
     window("frmTemplate"),
     control("frmTemplate", "lblTitolo"),
     control("frmTemplate", "lblDescrizione"),
+    control("frmTemplate", "cmdImport"), // ours
 
     control("frmCheckSpam", "lblMittente"),
     control("frmCheckSpam", "lblEmailDest"),
@@ -295,6 +296,7 @@ constexpr Target kRows[] = {
     mainWindow(K::StaticText, "stcHelp"),
     mainWindow(K::DockCaption, "dckAllegati"),
     mainWindow(K::DockCaption, "dckProperty"),
+    mainWindow(K::DockCaption, "dckMemory"), // ours
     mainWindow(K::TabToolTip, "Tbs", 0),
     mainWindow(K::TabCaption, "Tbs", 0),
     mainWindow(K::TabToolTip, "Tbs", 1),
@@ -327,6 +329,17 @@ constexpr Target kRows[] = {
     {K::ColumnHeader, "frmAllegati", "LIST", 0},
     {K::ColumnHeader, "frmAllegati", "LIST", 1},
     {K::ColumnHeader, "frmAllegati", "LIST", 2},
+
+    // ours: the snippet pane's command bar and the social-links window.
+    {K::ToolButton, "frmMemory", "cmdMemoryNew"},
+    {K::ToolButtonTip, "frmMemory", "cmdMemoryNew"},
+    {K::ToolButton, "frmMemory", "cmdMemoryMod"},
+    {K::ToolButtonTip, "frmMemory", "cmdMemoryMod"},
+    {K::ToolButton, "frmMemory", "cmdMemoryDel"},
+    {K::ToolButtonTip, "frmMemory", "cmdMemoryDel"},
+    window("frmSocial"),
+    control("frmSocial", "lblSize"),
+    control("frmSocial", "cmdInsertLink"),
 
     // ours: the About window and the splash window, which show the same panel.
     window("frmInfoSu"),

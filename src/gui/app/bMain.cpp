@@ -94,6 +94,7 @@ std::unique_ptr<frmMain> Form_Activate(frmSplash& splash, const Folders& folders
 
     auto window = std::make_unique<frmMain>();
     window->setLoadProgress(progressOn(splash.PRG()));
+    window->setSplashBar(splash.PRG());
     window->Form_Load(commandLineFile);
     window->setLoadProgress({});
     return window;

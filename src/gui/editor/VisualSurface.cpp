@@ -514,6 +514,11 @@ void VisualSurface::backgroundSound(const QString& src, const QString& loop, con
                });
 }
 
+void VisualSurface::placeCaretAt(QPoint viewPos) {
+    const double zoom = zoomFactor() > 0 ? zoomFactor() : 1.0;
+    callBridge({QStringLiteral("caretAtPoint"), viewPos.x() / zoom, viewPos.y() / zoom});
+}
+
 void VisualSurface::readState() {
     m_scripts->runNow(bridgeScript({QStringLiteral("editorState")}),
                       [this](const QVariant& result) {
@@ -546,6 +551,20 @@ bool VisualSurface::eventFilter(QObject* watched, QEvent* event) {
         // Files and addresses from outside never enter the page (the engine would write their
         // address into an editable page). Text and HTML dragged within the page still move.
         auto* drop = static_cast<QDropEvent*>(event);
+        for (const QString& format : m_foreignFormats) {
+            if (!m_editable || !drop->mimeData() || !drop->mimeData()->hasFormat(format))
+                continue;
+            drop->setDropAction(Qt::CopyAction);
+            drop->accept();
+            if (event->type() == QEvent::Drop) {
+                // The proxy fills the view, but a drop on the view itself is in its own pixels.
+                const auto* w = qobject_cast<QWidget*>(watched);
+                const QPoint at = w && w != this ? w->mapTo(this, drop->position().toPoint())
+                                                 : drop->position().toPoint();
+                emit foreignDrop(format, at);
+            }
+            return true;
+        }
         // One document, mail, text or page from the desktop is imported as the new body.
         const QList<QUrl> urls = drop->mimeData() ? drop->mimeData()->urls() : QList<QUrl>();
         if (m_editable && urls.size() == 1 && urls.first().isLocalFile() &&

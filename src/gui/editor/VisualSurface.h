@@ -102,6 +102,12 @@ public:
     // "changed", "inserted" or "".
     void backgroundSound(const QString& src, const QString& loop, const QString& html,
                          std::function<void(const QString&)> done);
+    // The caret where a point of the view (widget pixels) falls, when that is editable.
+    void placeCaretAt(QPoint viewPos);
+
+    // Drags that carry this format are the editor's own (a snippet from its pane): the page
+    // never sees them, and a drop raises foreignDrop instead.
+    void acceptForeignDrag(const QString& mimeType) { m_foreignFormats << mimeType; }
 
     const SurfaceState& state() const { return m_state; }
 
@@ -116,6 +122,7 @@ signals:
     void imageDoubleClicked();
     void linkClicked(QUrl url);
     void fileDropped(const QString& path); // an importable file dropped from outside
+    void foreignDrop(const QString& mimeType, QPoint viewPos);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -150,6 +157,7 @@ private:
     bool m_showBorders = false;
     bool m_showDetails = false;
 
+    QStringList m_foreignFormats;
     QTimer m_stateDebounce;
     SurfaceState m_state;
     std::unique_ptr<QPrinter> m_printer;

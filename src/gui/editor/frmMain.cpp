@@ -16,6 +16,7 @@
 #include "gui/editor/PreviewPane.h"
 #include "gui/editor/frmColor.h"
 #include "gui/message/frmAllegati.h"
+#include "gui/tools/frmMemory.h"
 
 #include <QAction>
 #include <QApplication>
@@ -124,6 +125,7 @@ void frmMain::buildPanes() {
     connect(m_allegati, &frmAllegati::helpText, stcHelp, &QLabel::setText);
     m_visualPanes << dckAllegati;
     buildPropertyPane();
+    buildToolPanes();
 }
 
 void frmMain::CambiaTitoloEditor() {
@@ -198,7 +200,11 @@ void frmMain::Form_Load(const QString& commandLineFile) {
     applyWindowTexts(m_allegati, m_texts);
     restoreDockWidget(dckAllegati);
     phase("### DockMemory ###");
+    if (!dockWidgetArea(dckMemory) || dockWidgetArea(dckMemory) == Qt::NoDockWidgetArea)
+        addDockWidget(Qt::RightDockWidgetArea, dckMemory);
     phase("### DockMemory 2 ###");
+    applyWindowTexts(m_memory, m_texts);
+    restoreDockWidget(dckMemory);
     phase("### DockAttributes ###");
     dockPropertyPane();
     phase("### DockAttributes 2 ###");
@@ -216,6 +222,8 @@ void frmMain::Form_Load(const QString& commandLineFile) {
     }
     // Our own commands raise no edit event in the page: the pick itself marks the message.
     connect(m_colour, &frmColor::colourPicked, this, &frmMain::Modificato);
+    phase("### Social ###");
+    InitializeSocial();
     phase("### Visualizzo finestre Dock ###");
     for (QDockWidget* d : m_visualPanes)
         d->show();

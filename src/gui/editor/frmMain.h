@@ -20,6 +20,7 @@
 class QDockWidget;
 class QLabel;
 class QMenu;
+class QProgressBar;
 class QTabWidget;
 class QTimer;
 
@@ -47,6 +48,9 @@ class frmSelAudio;
 class frmSendTest;
 class PreviewPane;
 class ImportJob;
+class frmMemory;
+class frmSocial;
+class frmTemplate;
 
 // The editor's main window: the three pages, the command bars, the attachments pane and the
 // message being edited. Its routines are split by concern over frmMain*.cpp files.
@@ -144,6 +148,21 @@ public:
     void importDropped(const QString& path); // by the file's type, after the save question
     ImportJob* runningImport() const { return m_import; }
 
+    // Content tools (frmMainTools.cpp).
+    // A snippet dragged from the snippet pane and dropped at a point of the visual page.
+    void DHTML_DragDrop(QPoint viewPos);
+    // The template chooser; the chosen page becomes a new message.
+    void ApriModelli();
+    // The page of a template's thumbnail as the body of a new message; its images are copied
+    // into the message's working folder. False (and the error report) when it cannot be read.
+    bool ImportaTemplate(const QString& thumbnailPath);
+    void ApriSocial();
+    frmMemory* memory() const { return m_memory; }
+    frmSocial* social() const { return m_social; }
+    frmTemplate* templateChooser() const;
+    // The splash window's bar, which the social window's preparation moves on.
+    void setSplashBar(QProgressBar* bar);
+
     // Placement in twips (LeggiIMP / ScriviIMP applied to this window).
     void applyPlacement();
     void rememberPlacement();
@@ -190,6 +209,8 @@ protected:
 private:
     void buildPages();
     void buildPanes();
+    void buildToolPanes();
+    void InitializeSocial();
     void connectPages();
     void CaricaFont();
     void CaricaSize();
@@ -250,6 +271,11 @@ private:
     QLabel* stcY = nullptr;
     frmAllegati* m_allegati = nullptr;
     QDockWidget* dckAllegati = nullptr;
+    frmMemory* m_memory = nullptr;
+    QDockWidget* dckMemory = nullptr;
+    frmSocial* m_social = nullptr;
+    QPointer<frmTemplate> m_templates;
+    QPointer<QProgressBar> m_splashBar;
     frmColor* m_colour = nullptr; // "pwnColor"
     frmAttributi* m_attributi = nullptr;
     QDockWidget* dckProperty = nullptr;

@@ -230,17 +230,19 @@ void frmMain::runCommand(const QString& id) {
             ApriFileOutlook(path);
         break;
     }
+    case Action::Templates:
+        if (DaSalvare())
+            askToSave();
+        ApriModelli();
+        break;
+    case Action::Social:
+        ApriSocial();
+        break;
     case Action::ImportText:
         ImportaTesto();
         break;
     case Action::ImportHtml:
         ImportaHtml();
-        break;
-    case Action::Templates:
-    case Action::Social:
-        showNotAvailable(id);
-        if (QAction* a = m_bars.action(id); a && a->isCheckable())
-            a->setChecked(false);
         break;
     }
 }
