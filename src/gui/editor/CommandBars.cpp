@@ -40,7 +40,7 @@ const CommandSpec kSpecs[] = {
     {"cmdStampa", "&Print...", "document-print", KS::Print},
     {"cmdEsci", "E&xit", "application-exit", KS::Quit},
     {"cmdEsportaEml", "Export as e-&mail (.eml)...", "mail-message-new"},
-    {"cmdAccount", "Sender a&ccounts...", "system-users"},
+    {"cmdAccount", "Se&nder accounts...", "system-users"},
     {"cmdImpTXT", "Import from a &text file...", "text-plain"},
     {"cmdImpHTML", "Import from an &HTML page...", "text-html"},
     {"cmdApriWord", "Import from a &Word document...", "x-office-document"},
