@@ -55,8 +55,8 @@ void BM_Check(benchmark::State& state) {
 void BM_GumboParseOnly(benchmark::State& state) {
     const QByteArray utf8 = page().toUtf8();
     for (auto _ : state) {
-        GumboOutput* out = gumbo_parse_with_options(&kGumboDefaultOptions, utf8.constData(),
-                                                    size_t(utf8.size()));
+        GumboOutput* out =
+            gumbo_parse_with_options(&kGumboDefaultOptions, utf8.constData(), size_t(utf8.size()));
         benchmark::DoNotOptimize(out);
         gumbo_destroy_output(&kGumboDefaultOptions, out);
     }

@@ -293,8 +293,8 @@ void CommandBars::build(QMainWindow* window, std::function<void(const QString&)>
             {A("cmdNewMess"), A("cmdApriMess"), A("cmdSalva"), nullptr, A("cmdStampa"), nullptr,
              subjectLabel, subject});
     makeBar(QStringLiteral("TbMessaggio"), QStringLiteral("Message"),
-            {A("cmdPriAlta"), A("cmdPriBassa"), nullptr, A("cmdProprieta"), A("cmdCheckMsg"), A("cmdCheckSpam"),
-             A("cmdSendTest")});
+            {A("cmdPriAlta"), A("cmdPriBassa"), nullptr, A("cmdProprieta"), A("cmdCheckMsg"),
+             A("cmdCheckSpam"), A("cmdSendTest")});
     window->addToolBarBreak();
     makeBar(QStringLiteral("TbStrumenti"), QStringLiteral("Tools"),
             {A("cmdUndo"), A("cmdRedo"), nullptr, A("cmdTaglia"), A("cmdCopia"), A("cmdIncolla"),
