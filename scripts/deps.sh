@@ -9,8 +9,9 @@ RUN_PACKAGES=(
   qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlite libgl-dev
   qt6-webengine-dev qt6-webengine-dev-tools qt6-webchannel-dev libqscintilla2-qt6-dev
   libgumbo-dev libvmime-dev libfreeimage-dev
-  # the spam check runs the filter (Debian ships its rules; no update from the network)
-  spamassassin spamc
+  # the spam check runs the filter (Debian ships its rules; no update from the network),
+  # repeated checks through a private daemon and its client
+  spamassassin spamc spamd
   xvfb xauth breeze-icon-theme libqt6svg6
   # cmake --install brings the desktop's file-type and menu caches up to date with these
   shared-mime-info desktop-file-utils

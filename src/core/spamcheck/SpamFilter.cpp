@@ -1,5 +1,7 @@
 #include "core/spamcheck/SpamFilter.h"
 
+#include "core/spamcheck/SpamDaemon.h"
+
 #include <QDir>
 #include <QFile>
 #include <QSaveFile>
@@ -46,11 +48,17 @@ bool dnsAnswers() {
     return answers;
 }
 
-QString scriptText(const QString& folder, bool localOnly) {
+QString scriptText(const QString& folder, bool localOnly, const QString& daemonSocket) {
+    // -x: an error instead of the e-mail passed through unchecked; -s: the client's largest
+    // size, as the filter by itself has no limit (the client's default skips 500 KB and more).
+    const QString filter =
+        daemonSocket.isEmpty()
+            ? QString::fromLatin1(kProgram) + (localOnly ? QStringLiteral(" -L") : QString())
+            : QStringLiteral("%1 -x -s 268435456 -U %2")
+                  .arg(QString::fromLatin1(kClientProgram), shellQuoted(daemonSocket));
     // exec: the filter replaces the shell, so ending the process ends the filter itself.
-    return QStringLiteral("#!/bin/sh\ncd %1 || exit 1\nexec %2%3 < %4 > %5\n")
-        .arg(shellQuoted(QDir::toNativeSeparators(folder)), QString::fromLatin1(kProgram),
-             localOnly ? QStringLiteral(" -L") : QString(), QString::fromLatin1(kInputFile),
+    return QStringLiteral("#!/bin/sh\ncd %1 || exit 1\nexec %2 < %3 > %4\n")
+        .arg(shellQuoted(QDir::toNativeSeparators(folder)), filter, QString::fromLatin1(kInputFile),
              QString::fromLatin1(kOutputFile));
 }
 
@@ -70,12 +78,18 @@ Run::~Run() {
     }
 }
 
-void Run::start(const QString& folder, bool localOnly) {
+void Run::start(const QString& folder, bool localOnly, const QString& daemonSocket) {
     m_folder = withSlash(folder);
+    m_daemonSocket = clientProgram().isEmpty() ? QString() : daemonSocket;
     m_outcome = Outcome{};
     m_outcome.localOnly = localOnly;
     m_cancelled = false;
     m_done = false;
+    launch();
+}
+
+void Run::launch() {
+    const bool localOnly = m_outcome.localOnly;
     const QString script = m_folder + QString::fromLatin1(kScriptFile);
     QFile::remove(script);
     QFile::remove(m_folder + QString::fromLatin1(kOutputFile));
@@ -84,7 +98,7 @@ void Run::start(const QString& folder, bool localOnly) {
         return;
     }
     QSaveFile f(script);
-    const QByteArray text = scriptText(m_folder, localOnly).toUtf8();
+    const QByteArray text = scriptText(m_folder, localOnly, m_daemonSocket).toUtf8();
     if (!QDir().mkpath(m_folder) || !f.open(QIODevice::WriteOnly) || f.write(text) != text.size() ||
         !f.commit()) {
         finish(Failure::NoScript, f.errorString());
@@ -102,9 +116,10 @@ void Run::cancel() {
 }
 
 bool Run::waitForFinished() {
-    if (m_done)
-        return true;
-    m_process.waitForFinished(-1);
+    // A check through the daemon that gives no verdict starts the filter by itself: a second
+    // process to wait for.
+    while (!m_done && m_process.state() != QProcess::NotRunning)
+        m_process.waitForFinished(-1);
     return m_done;
 }
 
@@ -123,8 +138,26 @@ void Run::onProcessFinished() {
         return;
     }
     const QString stderrText = QString::fromLocal8Bit(m_process.readAllStandardError()).trimmed();
+    const bool exitedWell =
+        m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
     QFile out(m_folder + QString::fromLatin1(kOutputFile));
-    if (!out.open(QIODevice::ReadOnly) || out.size() == 0) {
+    const bool read = out.open(QIODevice::ReadOnly) && out.size() > 0;
+    if (!m_daemonSocket.isEmpty()) {
+        const SpamReport::Report report =
+            read ? SpamReport::parse(out.readAll()) : SpamReport::Report{};
+        out.close();
+        if (exitedWell && report.statusFound) {
+            m_outcome.report = report;
+            m_outcome.viaDaemon = true;
+            finish(Failure::None, stderrText);
+            return;
+        }
+        // The daemon gave no verdict (gone, or refused the e-mail): the filter by itself.
+        m_daemonSocket.clear();
+        launch();
+        return;
+    }
+    if (!read) {
         finish(Failure::NoOutput, stderrText);
         return;
     }

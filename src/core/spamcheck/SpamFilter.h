@@ -27,8 +27,10 @@ QString program();
 bool dnsAnswers();
 
 // The script: change to the folder, then the filter reading in.eml and writing out.eml.
-// localOnly adds the filter's switch for local tests only.
-QString scriptText(const QString& folder, bool localOnly);
+// localOnly adds the filter's switch for local tests only. With a daemon's socket, the
+// daemon's client takes the filter's place; it fails rather than pass the e-mail through
+// unchecked when the daemon does not answer.
+QString scriptText(const QString& folder, bool localOnly, const QString& daemonSocket = {});
 
 enum class Failure {
     None,
@@ -43,6 +45,7 @@ struct Outcome {
     Failure failure = Failure::None;
     QString detail; // what the filter or the system said, for the log
     bool localOnly = false;
+    bool viaDaemon = false; // the verdict came from the private daemon
     SpamReport::Report report;
     bool ok() const { return failure == Failure::None; }
 };
@@ -55,8 +58,10 @@ public:
     explicit Run(QObject* parent = nullptr);
     ~Run() override;
 
-    // Removes old script and out.eml in `folder`, writes the script and starts it.
-    void start(const QString& folder, bool localOnly);
+    // Removes old script and out.eml in `folder`, writes the script and starts it. With a
+    // daemon's socket the check goes through the daemon; when that gives no verdict, the run
+    // falls back to the filter by itself without reporting an error.
+    void start(const QString& folder, bool localOnly, const QString& daemonSocket = {});
     // Ends the filter; finished() follows with Failure::Cancelled.
     void cancel();
     bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
@@ -71,9 +76,11 @@ signals:
 private:
     void finish(Failure failure, const QString& detail = QString());
     void onProcessFinished();
+    void launch();
 
     QProcess m_process;
     QString m_folder;
+    QString m_daemonSocket;
     Outcome m_outcome;
     bool m_cancelled = false;
     bool m_done = true;
