@@ -165,6 +165,25 @@ TEST_F(SpamCheckTest, NewsletterIsScoredByTheRealFilter) {
     EXPECT_TRUE(scripted().errorReports.isEmpty());
     d->resize(720, 640);
     saveShot(d, "spam-check.png");
+
+    // The first check started the program's daemon; the next goes through it, same verdict.
+    if (SpamFilter::daemonProgram().isEmpty() || SpamFilter::clientProgram().isEmpty())
+        return;
+    EXPECT_FALSE(d->lastCheckViaDaemon());
+    SpamFilter::Daemon& daemon = frmCheckSpam::daemon();
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return daemon.state() != SpamFilter::Daemon::State::Starting; }, 60000));
+    ASSERT_TRUE(daemon.isReady()) << daemon.detail().toStdString();
+    const SpamReport::Report first = d->report();
+    child<QPushButton>(d, "cmdAvviaTest")->click();
+    ASSERT_TRUE(finished.wait(120000));
+    ASSERT_TRUE(finished.at(1).at(0).toBool());
+    EXPECT_TRUE(d->lastCheckViaDaemon());
+    EXPECT_TRUE(fileBytes(folder + "checkspam.sh").contains("spamc -x"));
+    EXPECT_EQ(d->report().spam, first.spam);
+    EXPECT_DOUBLE_EQ(d->report().score, first.score);
+    EXPECT_EQ(d->report().tests, first.tests);
+    daemon.stop();
 }
 
 TEST_F(SpamCheckTest, CancelEndsTheFilterAndNoAccountWarns) {

@@ -344,15 +344,46 @@ void frmCheckSpam::cmdAvviaTest_Click() {
     CheckSpam();
 }
 
+SpamFilter::Daemon& frmCheckSpam::daemon() {
+    static QPointer<SpamFilter::Daemon> instance;
+    if (!instance)
+        instance = new SpamFilter::Daemon(QCoreApplication::instance());
+    return *instance;
+}
+
+void frmCheckSpam::startDaemon(bool localOnly) {
+    // A daemon that keeps failing to start is not tried again: the filter by itself still works.
+    static int failedStarts = 0;
+    SpamFilter::Daemon& d = daemon();
+    if (failedStarts >= 2 || d.serves(m_folder, localOnly) ||
+        SpamFilter::daemonProgram().isEmpty() || SpamFilter::clientProgram().isEmpty())
+        return;
+    if (d.state() == SpamFilter::Daemon::State::Starting && d.folder() == m_folder)
+        return;
+    connect(
+        &d, &SpamFilter::Daemon::failed, this,
+        [&d] {
+            ++failedStarts;
+            bError::wrtErrFree(QStringLiteral("CheckSpam() - daemon: ") + d.detail());
+        },
+        Qt::SingleShotConnection);
+    if (!d.start(m_folder, localOnly)) {
+        ++failedStarts;
+        bError::wrtErrFree(QStringLiteral("CheckSpam() - daemon: ") + d.detail());
+    }
+}
+
 void frmCheckSpam::CheckSpam() {
     PRG->setValue(80);
     const bool localOnly = !SpamFilter::dnsAnswers();
+    const QString socket = daemon().serves(m_folder, localOnly) ? daemon().socketPath() : QString();
     m_run = new SpamFilter::Run(this);
     connect(m_run, &SpamFilter::Run::finished, this, &frmCheckSpam::filterDone,
             Qt::QueuedConnection);
-    bError::wrtErrFree(QStringLiteral("CheckSpam()%1")
-                           .arg(localOnly ? QStringLiteral(" - local tests only") : QString()));
-    m_run->start(m_folder, localOnly);
+    bError::wrtErrFree(QStringLiteral("CheckSpam()%1%2")
+                           .arg(localOnly ? QStringLiteral(" - local tests only") : QString(),
+                                socket.isEmpty() ? QString() : QStringLiteral(" - daemon")));
+    m_run->start(m_folder, localOnly, socket);
 }
 
 void frmCheckSpam::filterDone() {
@@ -373,6 +404,10 @@ void frmCheckSpam::filterDone() {
         endTest(false);
         return;
     }
+    m_viaDaemon = outcome.viaDaemon;
+    // Later checks go through the daemon; it starts after this one, which it does not slow.
+    if (!outcome.viaDaemon)
+        startDaemon(outcome.localOnly);
     bool shown = false;
     reported(QStringLiteral("frmCheckSpam.CheckSpam()"), this, [&] {
         m_report = outcome.report;

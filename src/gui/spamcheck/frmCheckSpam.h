@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/spamcheck/SpamDaemon.h"
 #include "core/spamcheck/SpamFilter.h"
 
 #include <QDialog>
@@ -58,6 +59,10 @@ public:
     void chkReplyTo_Click();
     bool isTesting() const { return m_testing; }
     const SpamReport::Report& report() const { return m_report; }
+    // Whether the last check's verdict came from the program's filter daemon.
+    bool lastCheckViaDaemon() const { return m_viaDaemon; }
+    // The program's one filter daemon for repeated checks; it ends with the application.
+    static SpamFilter::Daemon& daemon();
 
 signals:
     // A test ended: with a verdict shown (true), or stopped by a warning, an error or Cancel.
@@ -74,6 +79,7 @@ private:
     void endTest(bool scored);
     void CheckSpam();
     void filterDone();
+    void startDaemon(bool localOnly);
     void openAccounts();
 
     Host m_host;
@@ -99,6 +105,7 @@ private:
     QPointer<frmAccount> m_accounts;
     SpamReport::Report m_report;
     bool m_testing = false;
+    bool m_viaDaemon = false;
 };
 
 } // namespace quillora::gui
