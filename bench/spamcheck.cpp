@@ -1,5 +1,6 @@
 // A spam check of a newsletter end to end (compose, filter, read the verdict), next to the
-// filter alone on the same e-mail.
+// filter alone on the same e-mail; then a repeated check through the program's filter daemon.
+#include "core/spamcheck/SpamDaemon.h"
 #include "core/spamcheck/SpamFilter.h"
 #include "core/spamcheck/TestMail.h"
 
@@ -60,14 +61,14 @@ bool filterAlone(const QString& in, const QString& out, bool localOnly) {
 
 // The whole check as the program does it.
 std::optional<SpamReport::Report> check(const TestMail::Content& c, const QString& folder,
-                                        bool localOnly) {
+                                        bool localOnly, const QString& socket = {}) {
     const TestMail::Result mail = TestMail::compose(c, options());
     if (!mail.ok() || !TestMail::writeEml(*mail.message, folder + "in.eml"))
         return std::nullopt;
     SpamFilter::Run run;
-    run.start(folder, localOnly);
+    run.start(folder, localOnly, socket);
     run.waitForFinished();
-    if (!run.outcome().ok())
+    if (!run.outcome().ok() || run.outcome().viaDaemon != !socket.isEmpty())
         return std::nullopt;
     return run.outcome().report;
 }
@@ -114,5 +115,37 @@ int main(int argc, char** argv) {
     std::printf("spamassassin < same.eml          %8.3f s\n", median(alone));
     std::printf("check (compose + filter + parse) %8.3f s   %5.2fx the filter alone\n",
                 median(whole), median(whole) / median(alone));
-    return 0;
+
+    if (SpamFilter::daemonProgram().isEmpty() || SpamFilter::clientProgram().isEmpty()) {
+        std::printf("repeated check through spamd     not measured: spamd or spamc is missing\n");
+        return 0;
+    }
+    SpamFilter::Daemon daemon;
+    QElapsedTimer startup;
+    startup.start();
+    if (!daemon.start(folder, localOnly) || !daemon.waitUntilReady()) {
+        std::fprintf(stderr, "spamd did not start: %s\n", qPrintable(daemon.detail()));
+        return 1;
+    }
+    const double started = double(startup.nsecsElapsed()) / 1e9;
+    std::vector<double> repeated;
+    std::optional<SpamReport::Report> viaDaemon;
+    for (int i = 0; i < kRuns; ++i) {
+        QElapsedTimer t;
+        t.start();
+        viaDaemon = check(*content, folder, localOnly, daemon.socketPath());
+        if (!viaDaemon)
+            return 1;
+        repeated.push_back(double(t.nsecsElapsed()) / 1e9);
+    }
+    std::printf("spamd start (in the background)  %8.3f s\n", started);
+    std::printf("repeated check through spamd     %8.3f s   %5.2fx the filter alone "
+                "(target 0.4 s); verdict %s, score %.1f\n",
+                median(repeated), median(repeated) / median(alone),
+                viaDaemon->spam == report->spam && viaDaemon->score == report->score &&
+                        viaDaemon->tests == report->tests
+                    ? "the same"
+                    : "DIFFERENT",
+                viaDaemon->score);
+    return viaDaemon->spam == report->spam && viaDaemon->score == report->score ? 0 : 1;
 }
