@@ -157,8 +157,10 @@ bool daemonAnswers(const QString& path, int msecs) {
 Daemon::Daemon(QObject* parent) : QObject(parent) {
     m_process.setProcessChannelMode(QProcess::MergedChannels);
     // The daemon goes with its owner even when the owner is killed outright. The daemon keeps
-    // the owner's user: when that is root, the daemon itself hands each check to an
-    // unprivileged user, and stays root so that this signal survives.
+    // the owner's user (started by root, it hands each check to an unprivileged user itself).
+    // The kernel forgets this signal when a process changes its user, which a daemon started
+    // by root does while loading its rules: such a daemon outlives a crashed owner until the
+    // next start in the same folder ends it (cleanStale).
     m_process.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); });
     m_poll.setInterval(kPollMsecs);
     connect(&m_poll, &QTimer::timeout, this, &Daemon::poll);

@@ -8,7 +8,8 @@
 // A private spam-filter daemon for repeated checks. Loading the filter's rules is most of a
 // check's time; the daemon loads them once and then answers each check through its client on a
 // UNIX socket in the spam-check folder. It listens on no network port, serves one check at a
-// time and ends with its owner: on destruction, and through the kernel when the owner crashes.
+// time and ends with its owner: on destruction and, for an owner that is not root, through the
+// kernel when the owner crashes.
 namespace quillora::SpamFilter {
 
 inline constexpr const char* kDaemonProgram = "spamd";
