@@ -252,6 +252,70 @@ TEST_F(PropertyPaneTest, FormFieldRowsWriteTheMarkup) {
     ASSERT_TRUE(waitFor([&] { return !html().contains("disabled"); })) << html().toStdString();
 }
 
+// Rows written onto blocks and onto the body: each write is one step of the page's undo, which
+// gives back the document exactly, and redo puts the write back. The caret stays on the element.
+TEST_F(PropertyPaneTest, BlockWritesAreOneUndoStepEach) {
+    struct Case {
+        QString body, caret, tag, row, value, written;
+    };
+    const Case cases[] = {
+        {"<p>a</p><p id=\"p\">b <b>c</b></p><p>d</p>", "#p", "P", "align", "center",
+         "<p id=\"p\" align=\"center\">b <b>c</b></p><p>d</p>"},
+        {"<div id=\"d\">e<br>f</div>g", "#d", "DIV", "align", "right",
+         "<div id=\"d\" align=\"right\">e<br>f</div>g"},
+        {"<ol><li id=\"l\">one</li><li>two</li></ol>", "#l", "LI", "color", "255;0;0",
+         "<li id=\"l\" color=\"#ff0000\">one</li><li>two</li>"},
+        {"<center id=\"z\">Z</center>", "#z", "CENTER", "title", "mid",
+         "<center id=\"z\" title=\"mid\">Z</center>"},
+        {"text <i>only</i>", "body", "BODY", "bgColor", "0;128;255",
+         "<body bgcolor=\"#0080ff\">text <i>only</i>"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.tag.toStdString());
+        setBody("<html><body>" + c.body + "</body></html>");
+        page()->placeCaret(c.caret, 0);
+        ASSERT_TRUE(waitFor([&] { return window->properties()->shownTag() == c.tag; }));
+        const QString before = html();
+        window->properties()->editRow(c.row, c.value);
+        ASSERT_TRUE(waitFor([&] { return html().contains(c.written); })) << html().toStdString();
+        EXPECT_TRUE(waitFor([&] { return page()->state().canUndo; }));
+        EXPECT_EQ(window->properties()->shownTag(), c.tag);
+        const QString written = html();
+
+        window->Dks_CommandClick("cmdUndo");
+        ASSERT_TRUE(waitFor([&] { return html() == before; })) << html().toStdString();
+        window->Dks_CommandClick("cmdRedo");
+        ASSERT_TRUE(waitFor([&] { return html() == written; })) << html().toStdString();
+    }
+
+    // Text typed after the write comes off first, then the write.
+    setBody("<html><body><p id=\"p\">para</p></body></html>");
+    page()->placeCaret("#p", 0);
+    ASSERT_TRUE(waitFor([&] { return window->properties()->shownTag() == "P"; }));
+    const QString original = html();
+    window->properties()->editRow("align", "center");
+    ASSERT_TRUE(waitFor([&] { return html().contains("align=\"center\""); }));
+    page()->insertHtml("Typed ");
+    ASSERT_TRUE(waitFor([&] { return html().contains("Typed"); })) << html().toStdString();
+    window->Dks_CommandClick("cmdUndo");
+    ASSERT_TRUE(waitFor([&] { return !html().contains("Typed"); })) << html().toStdString();
+    EXPECT_TRUE(html().contains("<p id=\"p\" align=\"center\">para</p>")) << html().toStdString();
+    window->Dks_CommandClick("cmdUndo");
+    ASSERT_TRUE(waitFor([&] { return html() == original; })) << html().toStdString();
+
+    // The keys in the page do the same.
+    window->Dks_CommandClick("cmdRedo");
+    ASSERT_TRUE(waitFor([&] { return html().contains("align=\"center\""); }));
+    QWidget* keys = page()->focusProxy();
+    ASSERT_TRUE(keys);
+    keys->setFocus();
+    QTest::keyClick(keys, Qt::Key_Z, Qt::ControlModifier);
+    ASSERT_TRUE(waitFor([&] { return html() == original; })) << html().toStdString();
+    QTest::keyClick(keys, Qt::Key_Y, Qt::ControlModifier);
+    ASSERT_TRUE(waitFor([&] { return html().contains("align=\"center\""); }))
+        << html().toStdString();
+}
+
 class BodyPropertiesTest : public EditorWindowTest {};
 
 TEST_F(BodyPropertiesTest, EmptyMarginsAreWrittenEmptyAndColoursAsHex) {

@@ -4,8 +4,9 @@
 // the page's undo: it is made on a copy of the element (of its whole table or list when it is a
 // part of one, which cannot stand alone) that replaces the original through the page's editing
 // path. A block (a paragraph, a division, a list, the body) cannot be replaced that way: the
-// page merges the inserted copy into the text around it. Those are changed in place, outside
-// the page's undo. Gives "" or the error.
+// page merges the inserted copy into the text around it or nests it in the original. Those are
+// changed in place as a recorded change, which the page's undo takes back all the same.
+// Gives "" or the error.
 quillora.define('setElementAttribute', function (write) {
     var chosen = quillora.call(['selectedElement']);
     var el = chosen.element;
@@ -42,7 +43,7 @@ quillora.define('setElementAttribute', function (write) {
         var inline = unit.tagName === 'TABLE' || getComputedStyle(unit).display.indexOf('inline') === 0;
         if (!inline || !unit.parentElement ||
             !unit.parentElement.isContentEditable) {
-            apply(el);
+            quillora.call(['recordedChange', el, apply]);
             return '';
         }
         // Child positions from the unit down, to find nodes again in the copy.
