@@ -386,22 +386,34 @@ TEST_F(BackgroundSoundTest, SecondChoiceChangesTheOneSoundAndSaveKeepsItWithTheB
     window->Dks_CommandClick("cmdAudio");
     window->soundChoice()->findChild<QPushButton*>("cmdOK")->click();
 
+    const QString silent = html();
     choose(first, false, "three");
     saveShot(*window->soundChoice(), "background-sound.png");
     EXPECT_EQ(scripted().fileQuestions.last().title, "Seleziona file Audio");
     EXPECT_EQ(scripted().fileQuestions.last().filter,
               "File Wave (*.wav)|*.wav|File MP3 (*.mp3)|*.mp3|");
     ASSERT_TRUE(waitFor([&] { return html().contains("<bgsound"); })) << html().toStdString();
-    EXPECT_TRUE(
-        html().contains("<bgsound balance=\"0\" src=\"" + first + "\" volume=\"0\" loop=\"0\">"))
+    // The sound goes in at the caret, inside its paragraph.
+    EXPECT_TRUE(html().contains("<p id=\"p\">hello&nbsp;<bgsound balance=\"0\" src=\"" + first +
+                                "\" volume=\"0\" loop=\"0\"></p>"))
         << html().toStdString();
-    EXPECT_TRUE(html().contains("hello&nbsp;")) << html().toStdString();
 
+    const QString once = html();
+    window->Dks_CommandClick("cmdUndo");
+    ASSERT_TRUE(waitFor([&] { return html() == silent; })) << html().toStdString();
+    window->Dks_CommandClick("cmdRedo");
+    ASSERT_TRUE(waitFor([&] { return html() == once; })) << html().toStdString();
     choose(second, true, "4");
     ASSERT_TRUE(waitFor([&] { return html().contains(second); })) << html().toStdString();
     EXPECT_EQ(html().count("<bgsound"), 1);
     EXPECT_TRUE(html().contains("src=\"" + second + "\" volume=\"0\" loop=\"infinite\">"))
         << html().toStdString();
+    // Changing the sound is one step of the page's undo, and redo puts it back.
+    const QString twice = html();
+    window->Dks_CommandClick("cmdUndo");
+    ASSERT_TRUE(waitFor([&] { return html() == once; })) << html().toStdString();
+    window->Dks_CommandClick("cmdRedo");
+    ASSERT_TRUE(waitFor([&] { return html() == twice; })) << html().toStdString();
 
     // Saved and opened again: the sound and the background travel inside the message file.
     chosenFile = dir.filePath("sound.mssx");
