@@ -21,6 +21,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTabWidget>
 #include <QTemporaryDir>
@@ -242,6 +243,64 @@ TEST_F(frmMainTest, UnchangedSourceKeepsTheVisualPageAndItsUndo) {
     EXPECT_FALSE(html().contains("someone else"));
     EXPECT_TRUE(html().contains("one two"));
     EXPECT_EQ(w.sourcePage()->text(), source);
+}
+
+// An edited body comes back to the visual page without a reload: the page keeps its address,
+// the edit shows, the old body's undo steps never come back, and new edits undo as usual. An
+// edited head is loaded afresh.
+TEST_F(frmMainTest, EditedSourceReturnsToTheVisualPageInPlace) {
+    frmMain& w = start();
+    w.tabs()->setCurrentIndex(frmMain::PageSource);
+    w.sourcePage()->setText("<!DOCTYPE html><html><head><title>Kept</title></head>"
+                            "<body><p id=\"a\">old words</p></body></html>");
+    w.tabs()->setCurrentIndex(frmMain::PageVisual);
+    ASSERT_TRUE(waitFor([&] { return w.visualPage()->isReady(); }));
+    ASSERT_EQ(w.visualPage()->page()->title(), "Kept");
+    w.visualPage()->selectContents("#a");
+    w.Dks_CommandClick("cmdBold");
+    ASSERT_TRUE(waitFor([&] { return html().contains("<b>old words</b>"); }));
+    const QUrl address = w.visualPage()->page()->url();
+    const quint64 loads = w.visualPage()->loadCount();
+
+    w.tabs()->setCurrentIndex(frmMain::PageSource);
+    QString source = w.sourcePage()->text();
+    ASSERT_TRUE(source.contains("old words</font></b>")) << source.toStdString();
+    source.replace(QRegularExpression("<p id=\"a\">.*</p>"),
+                   "<p id=\"a\">new words <i id=\"n\">here</i></p>");
+    w.sourcePage()->setText(source);
+    w.tabs()->setCurrentIndex(frmMain::PageVisual);
+    ASSERT_TRUE(waitFor([&] { return w.visualPage()->isReady(); }));
+    EXPECT_GT(w.visualPage()->loadCount(), loads);
+    EXPECT_EQ(w.visualPage()->page()->url(), address) << "the page was reloaded";
+    EXPECT_EQ(w.visualPage()->page()->title(), "Kept");
+    const QString edited = html();
+    EXPECT_TRUE(edited.contains("new words <i id=\"n\">here</i>")) << edited.toStdString();
+    EXPECT_FALSE(edited.contains("old words"));
+    EXPECT_TRUE(edited.startsWith("<!DOCTYPE html>")) << edited.toStdString();
+    // The page file other code reads holds the new body too.
+    QFile file(address.toLocalFile());
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(QString::fromUtf8(file.readAll()).contains("new words"));
+
+    w.Dks_CommandClick("cmdUndo");
+    QTest::qWait(300);
+    EXPECT_EQ(html(), edited) << "an undo step of the old body came back";
+    w.visualPage()->selectContents("#n");
+    w.Dks_CommandClick("cmdUnderline");
+    ASSERT_TRUE(waitFor([&] { return html().contains("<u>here</u>"); })) << html().toStdString();
+    w.Dks_CommandClick("cmdUndo");
+    EXPECT_TRUE(waitFor([&] { return html() == edited; })) << html().toStdString();
+
+    w.tabs()->setCurrentIndex(frmMain::PageSource);
+    source = w.sourcePage()->text();
+    source.replace("<title>Kept</title>", "<title>Changed</title>");
+    w.sourcePage()->setText(source);
+    w.tabs()->setCurrentIndex(frmMain::PageVisual);
+    ASSERT_TRUE(waitFor([&] { return w.visualPage()->isReady(); }));
+    EXPECT_NE(w.visualPage()->page()->url(), address);
+    EXPECT_EQ(w.visualPage()->page()->title(), "Changed");
+    EXPECT_TRUE(html().contains("new words"));
+    saveShot(w, "frmMain-edited-source-in-place");
 }
 
 TEST_F(frmMainTest, TypingMarksTheTitleOnceAndEditCommandsFollowTheirRule) {

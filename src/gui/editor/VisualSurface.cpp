@@ -247,12 +247,48 @@ bool VisualSurface::setDocumentHTML(const QString& html, const QString& workFold
     out.write(html.toUtf8());
     if (!out.commit())
         return false;
-    if (!m_documentFile.isEmpty() && m_documentFile != file)
+    const bool sameFile = m_documentFile == file;
+    if (!m_documentFile.isEmpty() && !sameFile)
         QFile::remove(m_documentFile);
     m_documentFile = file;
     m_sourceDoctype = editor::sourceDoctype(html);
-    loadDocumentFile();
+    // Only the editing page: the preview's dark view leaves marks of its own in the page.
+    if (m_editable && m_ready && sameFile)
+        replaceDocument(html);
+    else
+        loadDocumentFile();
     return true;
+}
+
+void VisualSurface::replaceDocument(const QString& html) {
+    // A new document for the page that keeps its head: a reload would parse, style and lay out
+    // the page from nothing and bring the web channel up again, which on a large newsletter
+    // takes seconds. Anything else (another head or doctype) is loaded from the file as usual.
+    ++m_loads;
+    const quint64 load = m_loads;
+    m_ready = false; // until the new body is in: nobody reads or edits half a switch
+    m_stateDebounce.stop();
+    callBridge({QStringLiteral("replaceDocument"), html}, [this, load](const QVariant& result) {
+        if (load != m_loads)
+            return;
+        const bool replaced = result.toBool();
+        // From the event loop: a load must not start, nor a handler run, inside the engine's
+        // callback.
+        QMetaObject::invokeMethod(
+            this,
+            [this, load, replaced] {
+                if (load != m_loads)
+                    return;
+                if (!replaced) {
+                    loadDocumentFile();
+                    return;
+                }
+                m_ready = true;
+                readState();
+                emit documentComplete();
+            },
+            Qt::QueuedConnection);
+    });
 }
 
 void VisualSurface::loadDocumentFile() {

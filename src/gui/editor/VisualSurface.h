@@ -40,8 +40,10 @@ public:
     bool isEditable() const { return m_editable; }
 
     // Writes the HTML into a file of workFolder and loads it, so relative references resolve
-    // there. documentComplete() follows. False (old document kept) when the file cannot be
-    // written. An empty workFolder uses a private temporary folder.
+    // there; a ready page whose head stays the same takes the new body in place instead, keeping
+    // its address and folder. documentComplete() follows either way, and loadCount() grows. False
+    // (old document kept) when the file cannot be written. An empty workFolder uses a private
+    // temporary folder.
     bool setDocumentHTML(const QString& html, const QString& workFolder);
     // Loaded, and the bridge answers.
     bool isReady() const { return m_ready; }
@@ -131,6 +133,7 @@ protected:
 private:
     void installBridgeScripts();
     void loadDocumentFile();
+    void replaceDocument(const QString& html);
     // Queues quillora.call([name, args...]); args travel as JSON, never as script text.
     void callBridge(const QJsonArray& call, std::function<void(const QVariant&)> done = {});
     void readState();
