@@ -215,7 +215,8 @@ private:
     void CaricaFont();
     void CaricaSize();
     void ColoraEditCode();
-    void showNotAvailable(const QString& id);
+    // False, after saying why, when the accounts store could not be opened at start-up.
+    bool accountsReady();
     void buildPropertyPane();
     void dockPropertyPane();
     void insertUnsubscribeLink(const QString& command);

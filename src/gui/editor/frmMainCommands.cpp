@@ -176,20 +176,12 @@ void frmMain::runCommand(const QString& id) {
             ProprietaBody();
         break;
     case Action::CheckSpam:
-    case Action::Accounts:
-        if (!session().accountsError.isEmpty()) {
-            bMessage::ShowMessage(
-                m_texts.get(QStringLiteral("Attenzione")),
-                m_texts.get(QStringLiteral("AccountNonDisponibili")), session().accountsError,
-                QString(), quillora::bMessage::kIconWarning, quillora::bMessage::kIconNone, this);
-            break;
-        }
-        if (c.action == Action::CheckSpam)
+        if (accountsReady())
             TestAntispam();
-        else if (c.action == Action::Accounts)
+        break;
+    case Action::Accounts:
+        if (accountsReady())
             GestioneAccount();
-        else
-            showNotAvailable(id);
         break;
     case Action::ExportEml:
         EsportaEml();
@@ -198,14 +190,8 @@ void frmMain::runCommand(const QString& id) {
         VerificaMessaggio();
         break;
     case Action::SendTest:
-        if (!session().accountsError.isEmpty()) {
-            bMessage::ShowMessage(
-                m_texts.get(QStringLiteral("Attenzione")),
-                m_texts.get(QStringLiteral("AccountNonDisponibili")), session().accountsError,
-                QString(), quillora::bMessage::kIconWarning, quillora::bMessage::kIconNone, this);
-            break;
-        }
-        InvioProva();
+        if (accountsReady())
+            InvioProva();
         break;
     case Action::ImportFromImage:
         if (DaSalvare())
@@ -247,13 +233,14 @@ void frmMain::runCommand(const QString& id) {
     }
 }
 
-void frmMain::showNotAvailable(const QString& id) {
-    QString caption = id;
-    if (QAction* a = m_bars.action(id))
-        caption = a->text().remove(u'&');
-    bMessage::ShowMessage(
-        QStringLiteral("Quillora"), caption, m_texts.get(QStringLiteral("NonDisponibile")),
-        QString(), quillora::bMessage::kIconInformation, quillora::bMessage::kIconNone, this);
+bool frmMain::accountsReady() {
+    if (session().accountsError.isEmpty())
+        return true;
+    bMessage::ShowMessage(m_texts.get(QStringLiteral("Attenzione")),
+                          m_texts.get(QStringLiteral("AccountNonDisponibili")),
+                          session().accountsError, QString(), quillora::bMessage::kIconWarning,
+                          quillora::bMessage::kIconNone, this);
+    return false;
 }
 
 void frmMain::InsertHtmlCode(const QString& html) {
