@@ -8,6 +8,10 @@
 #include <QFileInfo>
 #include <QLockFile>
 #include <algorithm>
+#include <condition_variable>
+#include <mutex>
+#include <optional>
+#include <thread>
 
 namespace quillora::Recovery {
 
@@ -41,7 +45,25 @@ QString folder(const QString& pathFileImp) {
     return pathFileImp + QStringLiteral("Recovery/");
 }
 
-Writer::Writer(const QString& pathFileImp) : m_folder(folder(pathFileImp)) {
+// The writer's thread and what it is asked to write. The mutex is held for the whole of a
+// write made by the caller, so the thread never writes the same slot at the same time.
+struct Writer::Background {
+    struct Job {
+        MessageDocument doc;
+        QString baseFolder;
+        Done done;
+    };
+    std::mutex mutex;
+    std::condition_variable wake;
+    std::condition_variable idle;
+    std::optional<Job> pending;
+    bool busy = false;
+    bool quit = false;
+    std::thread thread;
+};
+
+Writer::Writer(const QString& pathFileImp)
+    : m_folder(folder(pathFileImp)), m_background(std::make_unique<Background>()) {
     if (!QDir().mkpath(m_folder))
         return;
     const QString base = QStringLiteral("%1-%2")
@@ -59,7 +81,16 @@ Writer::Writer(const QString& pathFileImp) : m_folder(folder(pathFileImp)) {
     }
 }
 
-Writer::~Writer() = default;
+Writer::~Writer() {
+    {
+        const std::lock_guard lock(m_background->mutex);
+        m_background->pending.reset(); // a copy not started yet stays unwritten
+        m_background->quit = true;
+    }
+    m_background->wake.notify_one();
+    if (m_background->thread.joinable())
+        m_background->thread.join();
+}
 
 bool Writer::isValid() const {
     return m_lock != nullptr;
@@ -70,6 +101,49 @@ QString Writer::messageFile() const {
 }
 
 MessageFile::SaveResult Writer::write(const MessageDocument& doc, const QString& baseFolder) {
+    std::unique_lock lock(m_background->mutex);
+    m_background->pending.reset();
+    m_background->idle.wait(lock, [this] { return !m_background->busy; });
+    return writeCopy(doc, baseFolder);
+}
+
+void Writer::post(MessageDocument doc, QString baseFolder, Done done) {
+    {
+        const std::lock_guard lock(m_background->mutex);
+        m_background->pending =
+            Background::Job{std::move(doc), std::move(baseFolder), std::move(done)};
+        if (!m_background->thread.joinable())
+            m_background->thread = std::thread([this] { writeInBackground(); });
+    }
+    m_background->wake.notify_one();
+}
+
+void Writer::waitIdle() {
+    std::unique_lock lock(m_background->mutex);
+    m_background->idle.wait(lock, [this] { return !m_background->busy && !m_background->pending; });
+}
+
+void Writer::writeInBackground() {
+    Background& b = *m_background;
+    std::unique_lock lock(b.mutex);
+    for (;;) {
+        b.wake.wait(lock, [&b] { return b.quit || b.pending; });
+        if (b.quit)
+            return;
+        Background::Job job = std::move(*b.pending);
+        b.pending.reset();
+        b.busy = true;
+        lock.unlock();
+        const MessageFile::SaveResult r = writeCopy(job.doc, job.baseFolder);
+        if (job.done)
+            job.done(r);
+        lock.lock();
+        b.busy = false;
+        b.idle.notify_all();
+    }
+}
+
+MessageFile::SaveResult Writer::writeCopy(const MessageDocument& doc, const QString& baseFolder) {
     if (!isValid()) {
         MessageFile::SaveResult r;
         r.description = QStringLiteral("The recovery folder %1 cannot be used")
@@ -92,6 +166,9 @@ MessageFile::SaveResult Writer::write(const MessageDocument& doc, const QString&
 }
 
 void Writer::remove() {
+    std::unique_lock lock(m_background->mutex);
+    m_background->pending.reset();
+    m_background->idle.wait(lock, [this] { return !m_background->busy; });
     if (!isValid())
         return;
     QFile::remove(messagePath(m_folder, m_id));

@@ -6,6 +6,7 @@
 #include <QDateTime>
 #include <QList>
 #include <QString>
+#include <functional>
 #include <memory>
 
 class QLockFile;
@@ -44,17 +45,34 @@ public:
     QString messageFile() const;
 
     // Writes the document as a complete message file (atomically), then its description.
-    // baseFolder resolves relative references in the body, as a save would.
+    // baseFolder resolves relative references in the body, as a save would. A copy still
+    // waiting to be written in the background is dropped, and one being written is waited for:
+    // what this call writes is what stays.
     MessageFile::SaveResult write(const MessageDocument& doc, const QString& baseFolder);
 
-    // Removes the copy (after a save, a clean close, or a new message).
+    // The same, on the writer's own thread: the caller only pays for copying the document
+    // (packing a message with its pictures takes long enough to be felt when it is done on
+    // every page switch). Copies asked for while one is being written are merged: only the
+    // newest is written next. `done` runs on that thread, after the copy is on disk or failed.
+    using Done = std::function<void(const MessageFile::SaveResult&)>;
+    void post(MessageDocument doc, QString baseFolder, Done done = {});
+    // Returns once no copy is waiting or being written.
+    void waitIdle();
+
+    // Removes the copy (after a save, a clean close, or a new message). A copy waiting to be
+    // written is dropped first, and one being written is waited for, so none comes back.
     void remove();
     bool hasCopy() const;
 
 private:
+    MessageFile::SaveResult writeCopy(const MessageDocument& doc, const QString& baseFolder);
+    void writeInBackground();
+
     QString m_folder;
     QString m_id;
     std::unique_ptr<QLockFile> m_lock;
+    struct Background;
+    std::unique_ptr<Background> m_background;
 };
 
 // A copy left by an editor that is gone, held so that no other editor offers it at the same

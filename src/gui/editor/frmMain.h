@@ -16,6 +16,8 @@
 #include <QTemporaryDir>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <utility>
 
 class QDockWidget;
 class QLabel;
@@ -115,6 +117,10 @@ public:
     // Writes the recovery copy of the message as it is now (with this body, when given);
     // false when it could not.
     bool writeRecoveryCopy(const std::optional<QString>& body = std::nullopt);
+    // The same copy, written in the background: the window goes on at once.
+    void postRecoveryCopy(const std::optional<QString>& body = std::nullopt);
+    // Returns once no recovery copy is waiting or being written (for tests and the close).
+    void waitForRecoveryCopy();
     // SIGTERM, SIGINT: nobody is there to answer, so the message goes to its recovery copy
     // (offered at the next start) and the window closes without a question.
     void closeForLogout();
@@ -252,6 +258,8 @@ private:
     void rememberRecent(const QString& file);
     void changeRecent(const std::function<void(EditorSettings&)>& change);
     void dropRecoveryCopy();
+    std::optional<std::pair<MessageDocument, QString>>
+    recoverySnapshot(const std::optional<QString>& body);
     // Another editor has this message open: it is brought forward, and true is returned.
     bool openElsewhere(const QString& file);
 

@@ -168,7 +168,7 @@ void frmMain::Tbs_SelectedChanged(int page) {
         d->setEnabled(page == PageVisual);
     // The body has just moved between pages: a good moment for the recovery copy.
     if (DaSalvare())
-        writeRecoveryCopy(moved);
+        postRecoveryCopy(moved);
 }
 
 frmMain::PagesInStep frmMain::pagesNow() const {

@@ -83,7 +83,7 @@ void frmMain::startRecovery() {
     m_autoSave->setInterval(m_settings.autoSaveSeconds * 1000);
     connect(m_autoSave, &QTimer::timeout, this, [this] {
         if (DaSalvare() && !m_doc.loading)
-            writeRecoveryCopy();
+            postRecoveryCopy();
     });
 }
 
@@ -91,9 +91,21 @@ QString frmMain::recoveryCopyFile() const {
     return m_recoveryWriter ? m_recoveryWriter->messageFile() : QString();
 }
 
-bool frmMain::writeRecoveryCopy(const std::optional<QString>& givenBody) {
+namespace {
+
+QString recoveryLogLine(const MessageFile::SaveResult& r) {
+    return QStringLiteral("-- Recupero -- ") +
+           (r.ok() ? r.path : QStringLiteral("errore: ") + r.description);
+}
+
+} // namespace
+
+// The message as it is now, with this body when given, and the folder its references are read
+// from; empty when there is no slot to write it to.
+std::optional<std::pair<MessageDocument, QString>>
+frmMain::recoverySnapshot(const std::optional<QString>& givenBody) {
     if (!m_recoveryWriter || !m_recoveryWriter->isValid())
-        return false;
+        return std::nullopt;
     if (m_autoSave)
         m_autoSave->stop();
     collectDocument();
@@ -104,10 +116,35 @@ bool frmMain::writeRecoveryCopy(const std::optional<QString>& givenBody) {
     const QString base = m_doc.currentPath.isEmpty()
                              ? session().baseFolder
                              : QFileInfo(m_doc.currentPath).absolutePath() + u'/';
-    const MessageFile::SaveResult r = m_recoveryWriter->write(copy, base);
-    bError::wrtErrFree(QStringLiteral("-- Recupero -- ") +
-                       (r.ok() ? r.path : QStringLiteral("errore: ") + r.description));
+    return std::make_pair(std::move(copy), base);
+}
+
+bool frmMain::writeRecoveryCopy(const std::optional<QString>& givenBody) {
+    const auto snapshot = recoverySnapshot(givenBody);
+    if (!snapshot)
+        return false;
+    const MessageFile::SaveResult r = m_recoveryWriter->write(snapshot->first, snapshot->second);
+    bError::wrtErrFree(recoveryLogLine(r));
     return r.ok();
+}
+
+void frmMain::postRecoveryCopy(const std::optional<QString>& givenBody) {
+    auto snapshot = recoverySnapshot(givenBody);
+    if (!snapshot)
+        return;
+    // The log line is written from the window's thread. The writer is a member, so its thread
+    // has ended before the window's QObject goes (which drops calls still queued).
+    m_recoveryWriter->post(std::move(snapshot->first), std::move(snapshot->second),
+                           [this](const MessageFile::SaveResult& r) {
+                               QMetaObject::invokeMethod(
+                                   this, [line = recoveryLogLine(r)] { bError::wrtErrFree(line); },
+                                   Qt::QueuedConnection);
+                           });
+}
+
+void frmMain::waitForRecoveryCopy() {
+    if (m_recoveryWriter)
+        m_recoveryWriter->waitIdle();
 }
 
 void frmMain::dropRecoveryCopy() {

@@ -2,7 +2,9 @@
 #include "core/TestFiles.h"
 #include "core/message/MessageFile.h"
 
+#include <QDir>
 #include <QTemporaryDir>
+#include <atomic>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -115,4 +117,76 @@ TEST(Recovery, AFolderThatCannotBeMadeGivesAWriterThatSaysSo) {
     EXPECT_FALSE(w.isValid());
     EXPECT_FALSE(w.write(changedMessage(QString()), QString()).ok());
     EXPECT_TRUE(Recovery::claimOrphans(dir.filePath("file/")).empty());
+}
+
+namespace {
+
+MessageDocument withSubject(const QString& subject) {
+    MessageDocument doc = changedMessage(QString());
+    doc.subject = subject;
+    // Enough body that a copy takes a moment to pack, so requests pile up behind it.
+    doc.body = QStringLiteral("<html><body>%1</body></html>")
+                   .arg(QStringLiteral("<p>Long enough to take a while.</p>").repeated(20000));
+    return doc;
+}
+
+QString subjectOnDisk(const Recovery::Writer& w) {
+    return MessageFile::read(w.messageFile()).content.subject;
+}
+
+} // namespace
+
+TEST(RecoveryInBackground, OnlyTheNewestOfManyRequestsStaysAndEachWrittenOneIsReported) {
+    QTemporaryDir dir;
+    Recovery::Writer w(dir.filePath("data/"));
+    std::atomic<int> reported{0};
+    std::atomic<bool> allOk{true};
+    for (int i = 1; i <= 8; ++i) {
+        w.post(withSubject(QStringLiteral("Draft %1").arg(i)), QString(),
+               [&](const MessageFile::SaveResult& r) {
+                   allOk = allOk && r.ok() && r.path == w.messageFile();
+                   ++reported;
+               });
+    }
+    w.waitIdle();
+    EXPECT_EQ(subjectOnDisk(w), QStringLiteral("Draft 8"));
+    EXPECT_TRUE(allOk);
+    EXPECT_GE(reported, 1);
+    EXPECT_LE(reported, 8);
+}
+
+TEST(RecoveryInBackground, AWriteOrARemovalMadeNowIsNeverUndoneByAnEarlierRequest) {
+    QTemporaryDir dir;
+    Recovery::Writer w(dir.filePath("data/"));
+    w.post(withSubject(QStringLiteral("Older")), QString());
+    w.post(withSubject(QStringLiteral("Old")), QString());
+    ASSERT_TRUE(w.write(withSubject(QStringLiteral("Written at the logout")), QString()).ok());
+    w.waitIdle();
+    EXPECT_EQ(subjectOnDisk(w), QStringLiteral("Written at the logout"));
+
+    w.post(withSubject(QStringLiteral("Before the save")), QString());
+    w.remove();
+    w.waitIdle();
+    EXPECT_FALSE(w.hasCopy());
+    EXPECT_TRUE(QDir(Recovery::folder(dir.filePath("data/")))
+                    .entryList({QStringLiteral("*.mssx*")}, QDir::Files)
+                    .isEmpty());
+}
+
+TEST(RecoveryInBackground, AnEditorEndingMidCopyLeavesAWholeCopyOrNone) {
+    QTemporaryDir dir;
+    const QString data = dir.filePath("data/");
+    {
+        Recovery::Writer w(data);
+        w.post(withSubject(QStringLiteral("Being written")), QString());
+        w.post(withSubject(QStringLiteral("Never started")), QString());
+    }
+    const QStringList left =
+        QDir(Recovery::folder(data)).entryList({QStringLiteral("*.mssx*")}, QDir::Files);
+    ASSERT_LE(left.size(), 1) << left.join(u' ').toStdString();
+    if (!left.isEmpty()) {
+        const MessageFile::ReadResult r = MessageFile::read(Recovery::folder(data) + left.front());
+        ASSERT_TRUE(r.ok()) << r.error.toStdString();
+        EXPECT_EQ(r.content.subject, QStringLiteral("Being written"));
+    }
 }
