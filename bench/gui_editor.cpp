@@ -101,41 +101,59 @@ int switchPages() {
     waitFor(window.visualPage(), SIGNAL(documentComplete()));
 
     // The switch is over when the visual page is editable again: at once when it kept its
-    // document, after its load otherwise.
-    const auto roundTrip = [&](bool edit) {
+    // document, after its load otherwise. The typed character goes into a text in the middle of
+    // the body, as a user's correction would; a changed title is a change of the head, which
+    // the page cannot take without loading the document again.
+    enum class Edit { None, Body, Head };
+    const auto roundTrip = [&](Edit edit) {
         QElapsedTimer t;
         t.start();
         window.tabs()->setCurrentIndex(frmMain::PageSource);
-        if (edit) {
-            window.sourcePage()->setCursorPosition(0, 0);
-            window.sourcePage()->insert(QStringLiteral(" "));
+        SourceView* source = window.sourcePage();
+        if (edit != Edit::None) {
+            const QString text = source->text();
+            const QLatin1String anchor(edit == Edit::Body ? "</td>" : "</title>");
+            const qsizetype at =
+                edit == Edit::Body ? text.indexOf(anchor, text.size() / 2) : text.indexOf(anchor);
+            // Scintilla counts in bytes of UTF-8.
+            source->SendScintilla(QsciScintillaBase::SCI_INSERTTEXT,
+                                  static_cast<unsigned long>(text.left(at).toUtf8().size()), "x");
         }
         window.tabs()->setCurrentIndex(frmMain::PageVisual);
         if (!window.visualPage()->isReady())
             waitFor(window.visualPage(), SIGNAL(documentComplete()));
         return double(t.elapsed());
     };
-    std::vector<double> unchanged, edited, bare;
+    std::vector<double> unchanged, edited, head, bare;
     QWebEngineView view;
     view.resize(1200, 800);
     view.show();
     const QString file = dir.filePath(QStringLiteral("big.html"));
     TextFile::writeText(file, big);
     for (int i = 0; i < 5; ++i) {
-        unchanged.push_back(roundTrip(false));
-        edited.push_back(roundTrip(true));
+        unchanged.push_back(roundTrip(Edit::None));
+        edited.push_back(roundTrip(Edit::Body));
+        head.push_back(roundTrip(Edit::Head));
         QElapsedTimer t;
         t.start();
         view.load(QUrl::fromLocalFile(file));
         waitFor(&view, SIGNAL(loadFinished(bool)));
         bare.push_back(double(t.elapsed()));
     }
+    if (!window.visualPage()->documentHTML().value_or(QString()).contains(
+            QLatin1String("x</td>"))) {
+        std::fprintf(stderr, "the typed characters did not reach the visual page\n");
+        return 1;
+    }
     const double mb = double(big.toUtf8().size()) / 1e6;
     std::printf("visual -> source -> visual on %.2f MB, source unchanged: median %.0f ms\n", mb,
                 median(unchanged));
-    std::printf("visual -> source -> visual on %.2f MB, one character typed: median %.0f ms; "
-                "bare web view loading the same page: %.0f ms\n",
+    std::printf("visual -> source -> visual on %.2f MB, one character typed in the body: median "
+                "%.0f ms; bare web view loading the same page: %.0f ms\n",
                 mb, median(edited), median(bare));
+    std::printf("visual -> source -> visual on %.2f MB, the title changed (page loaded again): "
+                "median %.0f ms\n",
+                mb, median(head));
     return 0;
 }
 

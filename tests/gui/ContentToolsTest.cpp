@@ -89,13 +89,7 @@ protected:
         ASSERT_TRUE(done.wait(20000));
     }
     QString html() { return window->visualPage()->documentHTML().value_or(QString()); }
-    QVariant evaluate(const QString& script) {
-        auto answer = std::make_shared<std::optional<QVariant>>();
-        window->visualPage()->page()->runJavaScript(script, QWebEngineScript::ApplicationWorld,
-                                                    [answer](const QVariant& v) { *answer = v; });
-        EXPECT_TRUE(QTest::qWaitFor([&] { return answer->has_value(); }, 5000));
-        return answer->value_or(QVariant());
-    }
+    QVariant evaluate(const QString& script) { return ::evaluate(window->visualPage(), script); }
 
     QTemporaryDir dir;
     std::unique_ptr<frmMain> window;

@@ -50,16 +50,6 @@ void saveShot(QWidget& w, const QString& name) {
     w.grab().save(folder + "/" + name);
 }
 
-// The value of a script run in our own world of the page; invalid when it does not answer.
-QVariant evaluate(VisualSurface* page, const QString& script) {
-    auto answer = std::make_shared<std::optional<QVariant>>();
-    page->page()->runJavaScript(script, QWebEngineScript::ApplicationWorld,
-                                [answer](const QVariant& v) { *answer = v; });
-    if (!QTest::qWaitFor([&] { return answer->has_value(); }, 10000))
-        return {};
-    return **answer;
-}
-
 // Relative luminance (0 black .. 1 white) of the first painted background at the middle of
 // the page's width, a third of the way down, looking outwards from the element found there.
 const char* kMiddleBackground = R"(

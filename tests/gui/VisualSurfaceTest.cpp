@@ -1,5 +1,6 @@
 #include "gui/editor/VisualSurface.h"
 #include "core/editor/DhtmlCommands.h"
+#include "gui/PageProbe.h"
 
 #include <QApplication>
 #include <QColor>
@@ -98,12 +99,9 @@ protected:
     // A script's answer, straight from the page's application world (not through the surface's
     // queue): for facts the document's HTML cannot tell, such as whether an image has loaded.
     static QVariant evaluate(VisualSurface& s, const QString& script) {
-        auto result = std::make_shared<std::optional<QVariant>>();
-        s.page()->runJavaScript(script, QWebEngineScript::ApplicationWorld,
-                                [result](const QVariant& v) { *result = v; });
-        EXPECT_TRUE(QTest::qWaitFor([&] { return result->has_value(); }, kWaitMs))
-            << script.toStdString();
-        return result->value_or(QVariant());
+        const QVariant v = ::evaluate(&s, script, kWaitMs);
+        EXPECT_TRUE(v.isValid()) << script.toStdString();
+        return v;
     }
     // The natural width of every image of the page, in document order (0: not loaded).
     static QList<int> imageWidths(VisualSurface& s) {

@@ -245,6 +245,51 @@ TEST_F(frmMainTest, UnchangedSourceKeepsTheVisualPageAndItsUndo) {
     EXPECT_EQ(w.sourcePage()->text(), source);
 }
 
+// What an edit on the source page did not touch stays in the page as it was: the same nodes
+// (marked here with a script value a new node would not have), the caret in them and the body.
+// A changed text is new inside the cell that holds it, a changed body colour is set on the body
+// that is there, and an added paragraph is the only new element. (Two changes far apart under
+// one parent renew what lies between them: still only part of the page.)
+TEST_F(frmMainTest, AnEditedSourceReplacesOnlyWhatChanged) {
+    frmMain& w = start();
+    const auto editSource = [&](const std::function<void(QString&)>& edit) {
+        w.tabs()->setCurrentIndex(frmMain::PageSource);
+        QString source = w.sourcePage()->text();
+        edit(source);
+        w.sourcePage()->setText(source);
+        w.tabs()->setCurrentIndex(frmMain::PageVisual);
+        return waitFor([&] { return w.visualPage()->isReady(); });
+    };
+    const QString kept = "[document.body, a, c1, c2, c2.firstChild, z, window.n]"
+                         ".map(n => !n ? 'none' : n.kept ? 'kept' : 'new').join(' ')";
+    ASSERT_TRUE(editSource([](QString& s) {
+        s = "<html><head><title>T</title></head><body bgcolor=\"#ffffff\">"
+            "<p id=\"a\">first</p><table><tbody><tr><td id=\"c1\">one</td>"
+            "<td id=\"c2\">two</td></tr></tbody></table><p id=\"z\">last</p></body></html>";
+    }));
+    ASSERT_TRUE(evaluate(w.visualPage(), "for (const n of [document.body, a, c1, c2, "
+                                         "c2.firstChild, z]) n.kept = true;"
+                                         "getSelection().collapse(z.firstChild, 2); true")
+                    .toBool());
+
+    ASSERT_TRUE(editSource([](QString& s) {
+        s.replace(">two<", ">TWO!<");
+        s.replace("#ffffff", "#eeeeee");
+    }));
+    EXPECT_EQ(evaluate(w.visualPage(), kept).toString(), "kept kept kept kept new kept none");
+    EXPECT_TRUE(evaluate(w.visualPage(), "getSelection().anchorNode === z.firstChild && "
+                                         "getSelection().anchorOffset === 2")
+                    .toBool());
+    EXPECT_TRUE(html().contains("<body bgcolor=\"#eeeeee\">")) << html().toStdString();
+    EXPECT_TRUE(html().contains("<td id=\"c2\">TWO!</td>")) << html().toStdString();
+
+    ASSERT_TRUE(
+        editSource([](QString& s) { s.replace("first</p>", "first</p><p id=\"n\">new</p>"); }));
+    EXPECT_EQ(evaluate(w.visualPage(), kept).toString(), "kept kept kept kept new kept new");
+    EXPECT_TRUE(html().contains("<p id=\"a\">first</p><p id=\"n\">new</p><table>"))
+        << html().toStdString();
+}
+
 // An edited body comes back to the visual page without a reload: the page keeps its address,
 // the edit shows, the old body's undo steps never come back, and new edits undo as usual. An
 // edited head is loaded afresh.
