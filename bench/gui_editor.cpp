@@ -38,18 +38,19 @@ bool waitFor(QObject* sender, const char* signal, int ms = 60000) {
     return loop.exec() == 0;
 }
 
-void prepareSession(const QTemporaryDir& dir) {
+void prepareSession(const QString& root) {
     Session& s = session();
     s.currentLanguage = QStringLiteral("English");
-    s.folders = Folders::derive(dir.filePath("app"), dir.filePath("docs"));
+    s.folders = Folders::derive(root + QStringLiteral("/app"), root + QStringLiteral("/docs"));
     QDir().mkpath(s.folders.appPath);
     Provisioning::ensureDataFolders(s.folders, QStringLiteral(QUILLORA_SOURCE_DIR "/data/defaults"),
                                     "en_US");
     bError::InitError(s.folders);
 }
 
-// One start, in this process; prints the milliseconds.
-int startOnce(const QString& mode, QElapsedTimer& clock) {
+// One start, in this process; prints the milliseconds. The editor starts on the data folder
+// the parent provisioned, as every start after the first does.
+int startOnce(const QString& mode, const QString& dataRoot, QElapsedTimer& clock) {
     QTemporaryDir dir;
     if (mode == QLatin1String("bare")) {
         const QString page = dir.filePath("page.html");
@@ -61,7 +62,7 @@ int startOnce(const QString& mode, QElapsedTimer& clock) {
         if (!waitFor(&view, SIGNAL(loadFinished(bool))))
             return 1;
     } else {
-        prepareSession(dir);
+        prepareSession(dataRoot);
         frmMain window;
         window.Form_Load(QString());
         window.show();
@@ -79,7 +80,7 @@ double median(std::vector<double> v) {
 
 int switchPages() {
     QTemporaryDir dir;
-    prepareSession(dir);
+    prepareSession(dir.path());
     frmMain window;
     window.Form_Load(QString());
     window.resize(1200, 800);
@@ -167,16 +168,18 @@ int main(int argc, char** argv) {
     qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
     QApplication app(argc, argv);
     const QStringList args = QApplication::arguments();
-    if (args.size() > 1 && (args[1] == QLatin1String("bare") || args[1] == QLatin1String("editor")))
-        return startOnce(args[1], clock);
+    if (args.size() > 2 && (args[1] == QLatin1String("bare") || args[1] == QLatin1String("editor")))
+        return startOnce(args[1], args[2], clock);
     if (args.size() > 1 && args[1] == QLatin1String("switch"))
         return switchPages();
 
+    QTemporaryDir data;
+    prepareSession(data.path());
     std::vector<double> bare, editor;
     for (int i = 0; i < 5; ++i) {
         for (const char* mode : {"bare", "editor"}) {
             QProcess p;
-            p.start(QApplication::applicationFilePath(), {QString::fromLatin1(mode)});
+            p.start(QApplication::applicationFilePath(), {QString::fromLatin1(mode), data.path()});
             p.waitForFinished(120000);
             const double ms = QString::fromLatin1(p.readAllStandardOutput()).trimmed().toDouble();
             (QLatin1String(mode) == QLatin1String("bare") ? bare : editor).push_back(ms);
