@@ -9,6 +9,7 @@
 #include "gui/app/Session.h"
 #include "gui/app/WindowHelpers.h"
 #include "gui/app/frmMessage.h"
+#include "gui/editor/PreviewPane.h"
 #include "gui/editor/SourceView.h"
 #include "gui/editor/VisualSurface.h"
 #include "gui/editor/frmMain.h"
@@ -74,7 +75,10 @@ void frmMain::showBody(const QString& html, bool markModifiedWhenChanged, const 
         return;
     }
     m_pagesInStep = pagesNow();
-    WEB->setDocumentHTML(References::redirectForPreview(html, m_doc.restoreFolder), folder);
+    // The preview is filled whenever it is shown; a hidden one would only take the engine's
+    // time from the page being loaded.
+    if (m_page == PagePreview)
+        m_preview->showBody(References::redirectForPreview(html, m_doc.restoreFolder), folder);
 }
 
 QString frmMain::pageFileError(const QString& folder) const {
