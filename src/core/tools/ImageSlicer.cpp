@@ -3,6 +3,7 @@
 #include "core/app/bFunctions.h"
 
 #include <FreeImage.h>
+#include <png.h>
 
 #include <QDir>
 #include <QFile>
@@ -10,9 +11,12 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <condition_variable>
+#include <cstdio>
+#include <cstring>
 #include <deque>
 #include <memory>
 #include <mutex>
@@ -174,8 +178,111 @@ Bitmap storableAsPng(Bitmap dib) {
     return dib;
 }
 
+// --- Writing true-colour slices --------------------------------------------------------------
+//
+// The image library writes a PNG with the encoder's adaptive choice of row filter and offers no
+// other. On slices of a scanned or photographed page the "up" filter alone gives files of the
+// same size (within 0.1% on the benchmark's picture) in a little more than half the time, and
+// the encode at best compression is most of the slicer's work; so true-colour slices, nearly all
+// of them, are written here with the same PNG library the image library uses, with its chunks:
+// the ICC profile and the resolution.
+
+struct PngError {
+    char text[200] = {};
+};
+
+void onPngError(png_structp png, png_const_charp message) {
+    auto* error = static_cast<PngError*>(png_get_error_ptr(png));
+    std::snprintf(error->text, sizeof error->text, "%s", message ? message : "PNG error");
+    png_longjmp(png, 1);
+}
+
+void onPngWarning(png_structp, png_const_charp) {}
+
+struct PngRows {
+    png_bytepp rows;
+    png_uint_32 width, height;
+    int colourType;
+    png_const_bytep icc;
+    png_uint_32 iccSize;
+    png_uint_32 dotsPerMetreX, dotsPerMetreY;
+};
+
+// Only plain data lives here: the PNG library leaves through longjmp when it fails.
+bool encodePng(FILE* file, const PngRows& in, PngError& error) {
+    png_structp png =
+        png_create_write_struct(PNG_LIBPNG_VER_STRING, &error, onPngError, onPngWarning);
+    if (!png)
+        return false;
+    png_infop info = png_create_info_struct(png);
+    if (!info) {
+        png_destroy_write_struct(&png, nullptr);
+        return false;
+    }
+    if (setjmp(png_jmpbuf(png))) {
+        png_destroy_write_struct(&png, &info);
+        return false;
+    }
+    png_init_io(png, file);
+    png_set_IHDR(png, info, in.width, in.height, 8, in.colourType, PNG_INTERLACE_NONE,
+                 PNG_COMPRESSION_TYPE_BASE, PNG_FILTER_TYPE_BASE);
+    png_set_compression_level(png, 9); // best compression
+    png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_UP);
+    if (in.icc && in.iccSize)
+        png_set_iCCP(png, info, "ICC profile", PNG_COMPRESSION_TYPE_BASE, in.icc, in.iccSize);
+    if (in.dotsPerMetreX && in.dotsPerMetreY)
+        png_set_pHYs(png, info, in.dotsPerMetreX, in.dotsPerMetreY, PNG_RESOLUTION_METER);
+    png_write_info(png, info);
+#if FREEIMAGE_COLORORDER == FREEIMAGE_COLORORDER_BGR
+    png_set_bgr(png);
+#endif
+    png_write_image(png, in.rows);
+    png_write_end(png, info);
+    png_destroy_write_struct(&png, &info);
+    return true;
+}
+
+bool writesDirectly(FIBITMAP* dib) {
+    const unsigned bpp = FreeImage_GetBPP(dib);
+    return FreeImage_GetImageType(dib) == FIT_BITMAP && (bpp == 24 || bpp == 32);
+}
+
+// Rows top .. top + rows of a 24- or 32-bit picture as a PNG file; the error text on failure.
+QString writeTrueColourSlice(FIBITMAP* scaled, int width, const Slice& slice) {
+    const int height = int(FreeImage_GetHeight(scaled));
+    std::vector<png_bytep> rows(size_t(slice.rows));
+    for (int y = 0; y < slice.rows; ++y) // the library keeps its rows bottom up
+        rows[size_t(y)] = FreeImage_GetScanLine(scaled, height - 1 - (slice.top + y));
+    const FIICCPROFILE* icc = FreeImage_GetICCProfile(scaled);
+    const PngRows in{rows.data(),
+                     png_uint_32(width),
+                     png_uint_32(slice.rows),
+                     FreeImage_GetBPP(scaled) == 32 ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB,
+                     icc ? static_cast<png_const_bytep>(icc->data) : nullptr,
+                     icc && icc->data ? png_uint_32(icc->size) : 0,
+                     FreeImage_GetDotsPerMeterX(scaled),
+                     FreeImage_GetDotsPerMeterY(scaled)};
+
+    const QByteArray name = QFile::encodeName(slice.file);
+    FILE* file = std::fopen(name.constData(), "wb");
+    if (!file)
+        return QStringLiteral("Cannot write %1: %2.")
+            .arg(slice.file, QString::fromLocal8Bit(std::strerror(errno)));
+    PngError error;
+    bool ok = encodePng(file, in, error);
+    ok = std::fclose(file) == 0 && ok;
+    if (ok)
+        return {};
+    QFile::remove(slice.file);
+    return QStringLiteral("Cannot write %1: %2.")
+        .arg(slice.file, error.text[0] ? QString::fromLocal8Bit(error.text)
+                                       : QStringLiteral("the disk refused the data"));
+}
+
 // Cuts one slice out of the scaled picture and saves it; the error text when that fails.
 QString saveSlice(FIBITMAP* scaled, int width, const Slice& slice) {
+    if (writesDirectly(scaled))
+        return writeTrueColourSlice(scaled, width, slice);
     MessageCapture messages;
     Bitmap part(FreeImage_Copy(scaled, 0, slice.top, width, slice.top + slice.rows));
     if (!part)
