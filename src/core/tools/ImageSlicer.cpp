@@ -184,8 +184,8 @@ Bitmap storableAsPng(Bitmap dib) {
 // other. On slices of a scanned or photographed page the "up" filter alone gives files of the
 // same size (within 0.1% on the benchmark's picture) in a little more than half the time, and
 // the encode at best compression is most of the slicer's work; so true-colour slices, nearly all
-// of them, are written here with the same PNG library the image library uses, with its chunks:
-// the ICC profile and the resolution.
+// of them, are written here with the same PNG library the image library uses, with the one
+// chunk it adds, the resolution (the rescale keeps no colour profile).
 
 struct PngError {
     char text[200] = {};
@@ -203,8 +203,6 @@ struct PngRows {
     png_bytepp rows;
     png_uint_32 width, height;
     int colourType;
-    png_const_bytep icc;
-    png_uint_32 iccSize;
     png_uint_32 dotsPerMetreX, dotsPerMetreY;
 };
 
@@ -228,8 +226,6 @@ bool encodePng(FILE* file, const PngRows& in, PngError& error) {
                  PNG_COMPRESSION_TYPE_BASE, PNG_FILTER_TYPE_BASE);
     png_set_compression_level(png, 9); // best compression
     png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_UP);
-    if (in.icc && in.iccSize)
-        png_set_iCCP(png, info, "ICC profile", PNG_COMPRESSION_TYPE_BASE, in.icc, in.iccSize);
     if (in.dotsPerMetreX && in.dotsPerMetreY)
         png_set_pHYs(png, info, in.dotsPerMetreX, in.dotsPerMetreY, PNG_RESOLUTION_METER);
     png_write_info(png, info);
@@ -253,13 +249,10 @@ QString writeTrueColourSlice(FIBITMAP* scaled, int width, const Slice& slice) {
     std::vector<png_bytep> rows(size_t(slice.rows));
     for (int y = 0; y < slice.rows; ++y) // the library keeps its rows bottom up
         rows[size_t(y)] = FreeImage_GetScanLine(scaled, height - 1 - (slice.top + y));
-    const FIICCPROFILE* icc = FreeImage_GetICCProfile(scaled);
     const PngRows in{rows.data(),
                      png_uint_32(width),
                      png_uint_32(slice.rows),
                      FreeImage_GetBPP(scaled) == 32 ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB,
-                     icc ? static_cast<png_const_bytep>(icc->data) : nullptr,
-                     icc && icc->data ? png_uint_32(icc->size) : 0,
                      FreeImage_GetDotsPerMeterX(scaled),
                      FreeImage_GetDotsPerMeterY(scaled)};
 

@@ -217,10 +217,14 @@ TEST_F(SlicerFolder, PageFileHoldsThePageOfTheSlices) {
     EXPECT_EQ(readBytes(r.pageFile), slicedPage(work(), 600, r.slices));
 }
 
+class StackedSlices : public SlicerFolder, public ::testing::WithParamInterface<int> {};
+
 // With the minimum slice height the slices are the scaled picture cut into pieces: no row is
-// lost, repeated or resampled again.
-TEST_F(SlicerFolder, StackedSlicesAreTheRescaledPicture) {
-    const Bitmap original = makePicture(641, 777);
+// lost, repeated or resampled again, transparency included; each slice says the resolution the
+// image library's own writer would.
+TEST_P(StackedSlices, AreTheRescaledPicture) {
+    const int bpp = GetParam();
+    const Bitmap original = makePicture(641, 777, bpp);
     save(original.get(), FIF_PNG, path("p.png"));
     const SliceResult r = sliceImage(path("p.png"), 600, 100, work());
     ASSERT_TRUE(r.ok()) << r.error.toStdString();
@@ -234,8 +238,12 @@ TEST_F(SlicerFolder, StackedSlicesAreTheRescaledPicture) {
             continue;
         const Bitmap png = loadPng(s.file);
         ASSERT_TRUE(png);
-        ASSERT_EQ(FreeImage_GetBPP(png.get()), 24u);
+        ASSERT_EQ(FreeImage_GetBPP(png.get()), unsigned(bpp));
         ASSERT_EQ(FreeImage_GetLine(png.get()), lineBytes);
+        EXPECT_EQ(FreeImage_GetDotsPerMeterX(png.get()),
+                  FreeImage_GetDotsPerMeterX(expected.get()));
+        EXPECT_EQ(FreeImage_GetDotsPerMeterY(png.get()),
+                  FreeImage_GetDotsPerMeterY(expected.get()));
         for (int y = 0; y < s.rows; ++y, ++row) {
             const BYTE* got = FreeImage_GetScanLine(png.get(), s.rows - 1 - y);
             const BYTE* want = FreeImage_GetScanLine(expected.get(), 727 - 1 - row);
@@ -245,6 +253,9 @@ TEST_F(SlicerFolder, StackedSlicesAreTheRescaledPicture) {
     }
     EXPECT_EQ(row, 727);
 }
+
+INSTANTIATE_TEST_SUITE_P(ImageSlicer, StackedSlices, ::testing::Values(24, 32),
+                         [](const auto& info) { return "Bpp" + std::to_string(info.param); });
 
 // --- Checks before any work ---------------------------------------------------------------------
 
