@@ -272,6 +272,89 @@ QString writeTrueColourSlice(FIBITMAP* scaled, int width, const Slice& slice) {
                                        : QStringLiteral("the disk refused the data"));
 }
 
+// --- The rescale on every core ----------------------------------------------------------------
+//
+// The image library's Lanczos3 filters in one direction, then in the other: across first when
+// the width shrinks, down first when it grows, and it skips a pass that keeps its size. A pass
+// across treats every row alike and a pass down every column alike, so each pass is cut into
+// bands along the direction it leaves alone, each band is filtered on a thread of its own
+// through a view of the picture, and the bands are joined: the result is the library's own,
+// byte for byte, in a fraction of the time.
+
+// [from, to) of `total` for band k of n.
+std::pair<int, int> bandOf(int total, int k, int n) {
+    return {int(qint64(total) * k / n), int(qint64(total) * (k + 1) / n)};
+}
+
+// One pass over `src` on `n` threads: across (to `width`, keeping the rows) or down (to
+// `height`, keeping the columns). Null when the library fails.
+Bitmap passInBands(FIBITMAP* src, int width, int height, bool across, int n) {
+    const int srcWidth = int(FreeImage_GetWidth(src)), srcHeight = int(FreeImage_GetHeight(src));
+    const unsigned bpp = FreeImage_GetBPP(src);
+    Bitmap out(FreeImage_Allocate(width, height, int(bpp)));
+    if (!out)
+        return nullptr;
+    const unsigned pixelBytes = bpp / 8;
+    std::vector<Bitmap> bands(static_cast<size_t>(n));
+    std::vector<std::thread> threads;
+    for (int k = 0; k < n; ++k) {
+        threads.emplace_back([&, k] {
+            const auto [from, to] = bandOf(across ? srcHeight : srcWidth, k, n);
+            const Bitmap view(across ? FreeImage_CreateView(src, 0, unsigned(from),
+                                                            unsigned(srcWidth), unsigned(to))
+                                     : FreeImage_CreateView(src, unsigned(from), 0, unsigned(to),
+                                                            unsigned(srcHeight)));
+            if (view)
+                bands[size_t(k)].reset(FreeImage_Rescale(view.get(), across ? width : to - from,
+                                                         across ? to - from : height,
+                                                         FILTER_LANCZOS3));
+        });
+    }
+    for (std::thread& t : threads)
+        t.join();
+    for (int k = 0; k < n; ++k) {
+        FIBITMAP* band = bands[size_t(k)].get();
+        if (!band)
+            return nullptr;
+        const auto [from, to] = bandOf(across ? srcHeight : srcWidth, k, n);
+        const int bandHeight = int(FreeImage_GetHeight(band));
+        for (int y = 0; y < bandHeight; ++y) { // rows counted from the top
+            const int outRow = across ? from + y : y;
+            BYTE* target = FreeImage_GetScanLine(out.get(), height - 1 - outRow) +
+                           (across ? 0 : size_t(from) * pixelBytes);
+            std::memcpy(target, FreeImage_GetScanLine(band, bandHeight - 1 - y),
+                        size_t(across ? width : to - from) * pixelBytes);
+        }
+    }
+    return out;
+}
+
+Bitmap rescale(FIBITMAP* src, int width, int height) {
+    const int srcWidth = int(FreeImage_GetWidth(src)), srcHeight = int(FreeImage_GetHeight(src));
+    const int cores = int(std::clamp(std::thread::hardware_concurrency(), 1u, 8u));
+    const unsigned bpp = FreeImage_GetBPP(src);
+    // Other kinds of picture change depth or palette on the way; small ones are not worth it.
+    if (cores < 2 || FreeImage_GetImageType(src) != FIT_BITMAP || (bpp != 24 && bpp != 32) ||
+        qint64(srcWidth) * srcHeight < 1'000'000)
+        return Bitmap(FreeImage_Rescale(src, width, height, FILTER_LANCZOS3));
+    const bool acrossFirst = width <= srcWidth;
+    Bitmap first;
+    if (acrossFirst && width != srcWidth)
+        first = passInBands(src, width, srcHeight, true, std::min(cores, srcHeight));
+    else if (!acrossFirst && height != srcHeight)
+        first = passInBands(src, srcWidth, height, false, std::min(cores, srcWidth));
+    FIBITMAP* middle = first ? first.get() : src;
+    if (acrossFirst && width != srcWidth && !first)
+        return nullptr;
+    if (!acrossFirst && height != srcHeight && !first)
+        return nullptr;
+    if (acrossFirst && height != srcHeight)
+        return passInBands(middle, width, height, false, std::min(cores, width));
+    if (!acrossFirst && width != srcWidth)
+        return passInBands(middle, width, height, true, std::min(cores, height));
+    return first ? std::move(first) : Bitmap(FreeImage_Clone(src));
+}
+
 // Cuts one slice out of the scaled picture and saves it; the error text when that fails.
 QString saveSlice(FIBITMAP* scaled, int width, const Slice& slice) {
     if (writesDirectly(scaled))
@@ -521,8 +604,7 @@ SliceResult sliceImage(const QString& imagePath, float width, float sliceHeight,
         return result;
     }
     messages.clear();
-    const Bitmap scaled(
-        FreeImage_Rescale(source.get(), *scaledWidth, int(height), FILTER_LANCZOS3));
+    const Bitmap scaled = rescale(source.get(), *scaledWidth, int(height));
     source.reset();
     if (!scaled) {
         result.error =

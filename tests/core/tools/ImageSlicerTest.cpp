@@ -217,20 +217,26 @@ TEST_F(SlicerFolder, PageFileHoldsThePageOfTheSlices) {
     EXPECT_EQ(readBytes(r.pageFile), slicedPage(work(), 600, r.slices));
 }
 
-class StackedSlices : public SlicerFolder, public ::testing::WithParamInterface<int> {};
+struct StackCase {
+    const char* name;
+    int width, height, bpp, scaledHeight;
+};
+
+class StackedSlices : public SlicerFolder, public ::testing::WithParamInterface<StackCase> {};
 
 // With the minimum slice height the slices are the scaled picture cut into pieces: no row is
-// lost, repeated or resampled again, transparency included; each slice says the resolution the
-// image library's own writer would.
+// lost, repeated or resampled again, transparency included, whether the picture shrinks or
+// grows and whether it is small or large enough to be scaled on every core; each slice says the
+// resolution the image library's own writer would.
 TEST_P(StackedSlices, AreTheRescaledPicture) {
-    const int bpp = GetParam();
-    const Bitmap original = makePicture(641, 777, bpp);
+    const StackCase& c = GetParam();
+    const Bitmap original = makePicture(c.width, c.height, c.bpp);
     save(original.get(), FIF_PNG, path("p.png"));
     const SliceResult r = sliceImage(path("p.png"), 600, 100, work());
     ASSERT_TRUE(r.ok()) << r.error.toStdString();
 
-    const Bitmap expected(FreeImage_Rescale(original.get(), 600, 727, FILTER_LANCZOS3));
-    ASSERT_EQ(r.scaledHeight, 727);
+    const Bitmap expected(FreeImage_Rescale(original.get(), 600, c.scaledHeight, FILTER_LANCZOS3));
+    ASSERT_EQ(r.scaledHeight, c.scaledHeight);
     const unsigned lineBytes = FreeImage_GetLine(expected.get());
     int row = 0; // from the top
     for (const Slice& s : r.slices) {
@@ -238,7 +244,7 @@ TEST_P(StackedSlices, AreTheRescaledPicture) {
             continue;
         const Bitmap png = loadPng(s.file);
         ASSERT_TRUE(png);
-        ASSERT_EQ(FreeImage_GetBPP(png.get()), unsigned(bpp));
+        ASSERT_EQ(FreeImage_GetBPP(png.get()), unsigned(c.bpp));
         ASSERT_EQ(FreeImage_GetLine(png.get()), lineBytes);
         EXPECT_EQ(FreeImage_GetDotsPerMeterX(png.get()),
                   FreeImage_GetDotsPerMeterX(expected.get()));
@@ -246,16 +252,21 @@ TEST_P(StackedSlices, AreTheRescaledPicture) {
                   FreeImage_GetDotsPerMeterY(expected.get()));
         for (int y = 0; y < s.rows; ++y, ++row) {
             const BYTE* got = FreeImage_GetScanLine(png.get(), s.rows - 1 - y);
-            const BYTE* want = FreeImage_GetScanLine(expected.get(), 727 - 1 - row);
+            const BYTE* want = FreeImage_GetScanLine(expected.get(), c.scaledHeight - 1 - row);
             ASSERT_EQ(std::memcmp(got, want, lineBytes), 0)
                 << "row " << row << " of " << s.file.toStdString();
         }
     }
-    EXPECT_EQ(row, 727);
+    EXPECT_EQ(row, c.scaledHeight);
 }
 
-INSTANTIATE_TEST_SUITE_P(ImageSlicer, StackedSlices, ::testing::Values(24, 32),
-                         [](const auto& info) { return "Bpp" + std::to_string(info.param); });
+INSTANTIATE_TEST_SUITE_P(ImageSlicer, StackedSlices,
+                         ::testing::Values(StackCase{"Small", 641, 777, 24, 727},
+                                           StackCase{"SmallTransparent", 641, 777, 32, 727},
+                                           StackCase{"LargeShrinking", 1283, 900, 24, 421},
+                                           StackCase{"LargeTransparent", 1283, 900, 32, 421},
+                                           StackCase{"LargeGrowing", 500, 2100, 24, 2520}),
+                         [](const auto& info) { return std::string(info.param.name); });
 
 // --- Checks before any work ---------------------------------------------------------------------
 
