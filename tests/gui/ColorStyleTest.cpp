@@ -1,22 +1,13 @@
 #include "gui/app/ColorStyle.h"
-#include "core/app/Folders.h"
-#include "core/app/Provisioning.h"
-#include "core/app/TextFile.h"
-#include "core/app/bError.h"
 #include "core/app/bFunctions.h"
-#include "gui/app/Session.h"
-#include "gui/app/frmMessage.h"
 #include "gui/editor/CommandBars.h"
 #include "gui/editor/SourceView.h"
-#include "gui/editor/VisualSurface.h"
 #include "gui/editor/frmColor.h"
-#include "gui/editor/frmMain.h"
 #include "gui/message/frmAllegati.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDir>
 #include <QDockWidget>
 #include <QGroupBox>
 #include <QLabel>
@@ -28,22 +19,18 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRegularExpression>
-#include <QSignalSpy>
 #include <QSplitter>
 #include <QStatusBar>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTableWidget>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QToolBar>
 #include <QToolButton>
 #include <QToolTip>
 #include <QTreeWidget>
 #include <Qsci/qscilexer.h>
-#include <gtest/gtest.h>
 
-#include "gui/TestSession.h"
+#include "gui/MainWindowFixture.h"
 
 static void PrintTo(const QColor& c, std::ostream* os) {
     *os << c.name().toStdString();
@@ -88,12 +75,6 @@ QColor role(const QWidget* w, QPalette::ColorRole r) {
 // The colour actually painted at a point of a widget.
 QColor pixel(QWidget* w, QPoint at) {
     return w->grab().toImage().pixelColor(at * w->devicePixelRatioF());
-}
-
-void saveShot(QWidget& w, const QString& name) {
-    const QString folder = QStringLiteral(QUILLORA_BINARY_DIR "/screenshots");
-    QDir().mkpath(folder);
-    w.grab().save(folder + "/" + name);
 }
 
 class ColorStyleTest : public testing::Test {
@@ -215,33 +196,24 @@ TEST_F(ColorStyleTest, ColouringAgainReplacesTheSchemeInsteadOfPilingUp) {
 
 // ---- The main window --------------------------------------------------------------------------
 
-class MainWindowScheme : public testing::TestWithParam<const char*> {
+class MainWindowScheme : public MainWindowTest, public testing::WithParamInterface<const char*> {
 protected:
     void SetUp() override {
-        Session& s = freshSession(dir);
-        ASSERT_TRUE(TextFile::writeLines(s.folders.pathFileImp + "colorSchema2.dll",
+        MainWindowTest::SetUp();
+        windowSize = QSize(1100, 720);
+        ASSERT_TRUE(TextFile::writeLines(session().folders.pathFileImp + "colorSchema2.dll",
                                          {"[Schema]", QString::fromLatin1(GetParam())}));
     }
     void TearDown() override {
         window.reset();
         clearProgramColorStyle();
-        bError::setLogPath(QString());
+        MainWindowTest::TearDown();
     }
-    frmMain& start() {
-        window = std::make_unique<frmMain>();
-        QSignalSpy loaded(window.get(), &frmMain::documentLoaded);
-        window->Form_Load(QString());
-        // What the window's colour phase does.
-        colourWindow(window.get(), *programColorScheme());
-        SetStyleColor(window->tabs());
-        window->resize(1100, 720);
-        window->show();
-        EXPECT_TRUE(loaded.count() > 0 || loaded.wait(kWaitMs));
-        return *window;
+    // What the window's colour phase does.
+    void beforeShow(frmMain& w) override {
+        colourWindow(&w, *programColorScheme());
+        SetStyleColor(w.tabs());
     }
-
-    QTemporaryDir dir;
-    std::unique_ptr<frmMain> window;
 };
 
 TEST_P(MainWindowScheme, EveryPartOfTheWindowTakesTheScheme) {

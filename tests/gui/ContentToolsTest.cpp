@@ -1,21 +1,13 @@
 // The snippet pane, the template chooser and the social-links window on the real main window.
-#include "core/app/Provisioning.h"
-#include "core/app/TextFile.h"
-#include "core/app/bError.h"
 #include "core/tools/SnippetStore.h"
 #include "core/tools/SocialLinks.h"
-#include "gui/app/Session.h"
-#include "gui/editor/VisualSurface.h"
-#include "gui/editor/frmMain.h"
 #include "gui/tools/frmMemory.h"
 #include "gui/tools/frmSocial.h"
 #include "gui/tools/frmTemplate.h"
 
 #include <QAction>
 #include <QComboBox>
-#include <QDir>
 #include <QDropEvent>
-#include <QFile>
 #include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
@@ -24,49 +16,24 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRegularExpression>
-#include <QSignalSpy>
 #include <QTabWidget>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QToolButton>
-#include <QWebEnginePage>
-#include <QWebEngineScript>
-#include <gtest/gtest.h>
 
-#include "gui/PageProbe.h"
-#include "gui/TestSession.h"
+#include "gui/MainWindowFixture.h"
 
 using namespace quillora;
 using namespace quillora::gui;
 
 namespace {
 
-bool waitFor(const std::function<bool()>& done, int ms = 15000) {
-    return QTest::qWaitFor(done, ms);
-}
-
-QByteArray readAll(const QString& path) {
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<missing>");
-}
-
-void saveShot(QWidget& w, const QString& name) {
-    const QString folder = QStringLiteral(QUILLORA_BINARY_DIR "/screenshots");
-    QDir().mkpath(folder);
-    w.grab().save(folder + "/" + name);
-}
-
-class ContentToolsTest : public testing::Test {
+class ContentToolsTest : public MainWindowTest {
 protected:
     void SetUp() override {
-        freshSession(dir);
+        MainWindowTest::SetUp();
+        windowSize = QSize(1100, 720);
         // The program folder's language file, for the texts the windows build their labels from.
         QFile::copy(QUILLORA_SOURCE_DIR "/data/LANG_Quillora.lng",
                     session().folders.appPath + "LANG_Quillora.lng");
-    }
-    void TearDown() override {
-        window.reset();
-        bError::setLogPath(QString());
     }
     // The pictures a first start of the built program lays down: the icon set and templates.
     void provisionBuiltDefaults() {
@@ -74,25 +41,6 @@ protected:
             session().folders, QStringLiteral(QUILLORA_BINARY_DIR "/data/defaults"), "en_US");
         ASSERT_TRUE(r.failed.isEmpty()) << r.failed.join('\n').toStdString();
     }
-    frmMain& start() {
-        window = std::make_unique<frmMain>();
-        QSignalSpy loaded(window.get(), &frmMain::documentLoaded);
-        window->Form_Load(QString());
-        window->resize(1100, 720);
-        window->show();
-        EXPECT_TRUE(loaded.count() > 0 || loaded.wait(20000)) << "the new message never loaded";
-        return *window;
-    }
-    void setBody(const QString& html) {
-        QSignalSpy done(window->visualPage(), &VisualSurface::documentComplete);
-        window->visualPage()->setDocumentHTML(html, dir.path() + "/");
-        ASSERT_TRUE(done.wait(20000));
-    }
-    QString html() { return window->visualPage()->documentHTML().value_or(QString()); }
-    QVariant evaluate(const QString& script) { return ::evaluate(window->visualPage(), script); }
-
-    QTemporaryDir dir;
-    std::unique_ptr<frmMain> window;
 };
 
 TEST_F(ContentToolsTest, SnippetMadeInThePaneDropsAsHtmlAtTheDropPoint) {
@@ -114,7 +62,7 @@ TEST_F(ContentToolsTest, SnippetMadeInThePaneDropsAsHtmlAtTheDropPoint) {
     QTest::mouseClick(pop->cmdOK(), Qt::LeftButton);
     EXPECT_FALSE(pop->isVisible());
     const QString folder = session().folders.appMemory;
-    EXPECT_EQ(readAll(folder + "00000001.mem"),
+    EXPECT_EQ(fileBytes(folder + "00000001.mem"),
               TextFile::encodeUtf16LE(u"Greeting\r\nHello\r\nWorld"));
     ASSERT_EQ(list->topLevelItemCount(), 1);
     EXPECT_EQ(list->topLevelItem(0)->text(0), "Greeting");
@@ -130,7 +78,8 @@ TEST_F(ContentToolsTest, SnippetMadeInThePaneDropsAsHtmlAtTheDropPoint) {
     setBody("<html><body><p id=\"a\">first</p><p id=\"b\" style=\"margin-top:120px\">second</p>"
             "</body></html>");
     const QVariantList rect =
-        evaluate("(function(){var t=document.getElementById('b').firstChild;"
+        evaluate(page(),
+                 "(function(){var t=document.getElementById('b').firstChild;"
                  "var r=document.createRange();r.setStart(t,2);r.setEnd(t,3);"
                  "var b=r.getBoundingClientRect();return [b.right + 1, b.top + b.height / 2];})()")
             .toList();

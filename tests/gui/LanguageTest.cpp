@@ -1,19 +1,13 @@
-#include "core/app/Folders.h"
 #include "core/app/LanguageKeys.h"
-#include "core/app/Provisioning.h"
-#include "core/app/bError.h"
 #include "core/app/bLANG.h"
 #include "core/editor/CommandTable.h"
 #include "gui/app/LanguageApplier.h"
-#include "gui/app/Session.h"
 #include "gui/app/frmInfoSu.h"
 #include "gui/app/frmSplash.h"
-#include "gui/editor/frmMain.h"
 #include "gui/message/frmAllegati.h"
 
 #include <QAction>
 #include <QApplication>
-#include <QDir>
 #include <QDockWidget>
 #include <QFileInfo>
 #include <QLabel>
@@ -21,15 +15,12 @@
 #include <QMenuBar>
 #include <QMouseEvent>
 #include <QProgressBar>
-#include <QSignalSpy>
 #include <QTabWidget>
-#include <QTemporaryDir>
 #include <QToolBar>
 #include <QToolButton>
 #include <QTreeWidget>
-#include <gtest/gtest.h>
 
-#include "gui/TestSession.h"
+#include "gui/MainWindowFixture.h"
 
 // Readable failures: gtest would print a QString as its bytes.
 static void PrintTo(const QString& s, std::ostream* os) {
@@ -89,20 +80,14 @@ QStringList accelerators(const QList<QAction*>& actions) {
     return out;
 }
 
-class LanguageApplierTest : public testing::Test {
+// The main window as it is built, before it loads or shows anything.
+class LanguageApplierTest : public MainWindowTest {
 protected:
     void SetUp() override {
-        freshSession(dir);
+        MainWindowTest::SetUp();
         window = std::make_unique<frmMain>();
     }
-    void TearDown() override {
-        window.reset();
-        bError::setLogPath(QString());
-    }
     QAction* command(const QString& id) { return window->bars().action(id); }
-
-    QTemporaryDir dir;
-    std::unique_ptr<frmMain> window;
 };
 
 class EveryLanguage : public LanguageApplierTest,

@@ -1,18 +1,12 @@
 // The message check, the preview's widths and dark mode, and the sample recipient, driven
 // through the real main window.
-#include "core/app/TextFile.h"
-#include "core/message/MessageFile.h"
 #include "core/spamcheck/SendSettings.h"
-#include "gui/app/Session.h"
 #include "gui/editor/PreviewPane.h"
 #include "gui/editor/SourceView.h"
-#include "gui/editor/VisualSurface.h"
-#include "gui/editor/frmMain.h"
 #include "gui/spamcheck/frmCheckMessage.h"
 #include "gui/spamcheck/frmSendTest.h"
 
 #include <QCheckBox>
-#include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -21,34 +15,15 @@
 #include <QPlainTextEdit>
 #include <QProcess>
 #include <QPushButton>
-#include <QSignalSpy>
 #include <QTabWidget>
-#include <QTest>
 #include <QTreeWidget>
-#include <QWebEnginePage>
-#include <QWebEngineScript>
-#include <gtest/gtest.h>
 
-#include "gui/PageProbe.h"
-#include "gui/TestSession.h"
+#include "gui/MainWindowFixture.h"
 
 using namespace quillora;
 using namespace quillora::gui;
 
 namespace {
-
-const QString kCorpus = QStringLiteral(QUILLORA_SOURCE_DIR "/tests/data/html/");
-
-QByteArray readFile(const QString& path) {
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-void saveShot(QWidget& w, const QString& name) {
-    const QString folder = QStringLiteral(QUILLORA_BINARY_DIR "/screenshots");
-    QDir().mkpath(folder);
-    w.grab().save(folder + "/" + name);
-}
 
 // Relative luminance (0 black .. 1 white) of the first painted background at the middle of
 // the page's width, a third of the way down, looking outwards from the element found there.
@@ -71,30 +46,11 @@ double paintedLuminance(VisualSurface* page) {
     return (0.2126 * c.red() + 0.7152 * c.green() + 0.0722 * c.blue()) / 255.0;
 }
 
-class PreSendTest : public testing::Test {
+class PreSendTest : public MainWindowTest {
 protected:
-    void SetUp() override { freshSession(dir); }
-    void TearDown() override {
-        window.reset();
-        bError::setLogPath(QString());
-    }
-
-    frmMain& start(const QString& commandLine = QString()) {
-        window = std::make_unique<frmMain>();
-        QSignalSpy loaded(window.get(), &frmMain::documentLoaded);
-        window->Form_Load(commandLine);
-        window->resize(1200, 820);
-        window->show();
-        EXPECT_TRUE(loaded.count() > 0 || loaded.wait(20000)) << "the new message never loaded";
-        if (!commandLine.isEmpty()) {
-            EXPECT_TRUE(loaded.count() > 1 || loaded.wait(20000)) << "the file never opened";
-        }
-        return *window;
-    }
-    void setBody(const QString& html) {
-        QSignalSpy done(window->visualPage(), &VisualSurface::documentComplete);
-        window->visualPage()->setDocumentHTML(html, dir.path() + "/");
-        ASSERT_TRUE(done.wait(20000));
+    void SetUp() override {
+        MainWindowTest::SetUp();
+        windowSize = QSize(1200, 820);
     }
     // Shows the preview page and waits until it shows the body with every option applied.
     void showPreview() {
@@ -108,18 +64,8 @@ protected:
         ASSERT_TRUE(rendered.wait(20000));
     }
     frmMain& openCorpus(const QString& name) {
-        MessageDocument d;
-        d.subject = name;
-        d.body = TextFile::read(kCorpus + name + "/index.html").text;
-        const QString path = dir.filePath(name + ".mssx");
-        MessageFile::SaveOptions options;
-        options.baseFolder = kCorpus + name + "/";
-        EXPECT_TRUE(MessageFile::SalvaMessaggio(d, path, options).ok());
-        return start(path);
+        return start(saveCorpusMessage(name, name, name + ".mssx"));
     }
-
-    QTemporaryDir dir;
-    std::unique_ptr<frmMain> window;
 };
 
 TEST_F(PreSendTest, ChoosingAFindingSelectsItsElementInTheVisualPage) {
@@ -300,7 +246,7 @@ TEST_F(PreSendTest, SendTestGoesThroughTheAccountsServer) {
     send->resize(640, 440);
     saveShot(*send, "send-test.png");
 
-    const QJsonObject got = QJsonDocument::fromJson(readFile(inbox.filePath("1.json"))).object();
+    const QJsonObject got = QJsonDocument::fromJson(fileBytes(inbox.filePath("1.json"))).object();
     EXPECT_EQ(got["subject"].toString(), "philwareham-responsive-email");
     EXPECT_TRUE(got["tls"].toBool());
     EXPECT_EQ(got["defects"].toArray().size(), 0);

@@ -1,11 +1,4 @@
-#include "core/app/AccountStore.h"
-#include "core/app/TextFile.h"
-#include "core/app/bError.h"
-#include "core/message/MessageFile.h"
-#include "gui/app/Session.h"
-#include "gui/editor/VisualSurface.h"
 #include "gui/editor/frmAttributi.h"
-#include "gui/editor/frmMain.h"
 #include "gui/message/frmPropBody.h"
 #include "gui/message/frmSelAudio.h"
 
@@ -14,22 +7,16 @@
 #include <QColor>
 #include <QComboBox>
 #include <QDataStream>
-#include <QDir>
 #include <QDockWidget>
-#include <QFile>
 #include <QFileInfo>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
 #include <QRegularExpression>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QToolButton>
 #include <QTreeWidget>
-#include <gtest/gtest.h>
 
-#include "gui/TestSession.h"
+#include "gui/MainWindowFixture.h"
 
 using namespace quillora;
 using namespace quillora::gui;
@@ -37,16 +24,6 @@ using namespace quillora::gui;
 namespace {
 
 const QString kImages = QStringLiteral(QUILLORA_SOURCE_DIR "/tests/data/html/colorlib-16/images/");
-
-bool waitFor(const std::function<bool()>& done, int ms = 15000) {
-    return QTest::qWaitFor(done, ms);
-}
-
-void saveShot(QWidget& w, const QString& name) {
-    const QString folder = QStringLiteral(QUILLORA_BINARY_DIR "/screenshots");
-    QDir().mkpath(folder);
-    w.grab().save(folder + "/" + name);
-}
 
 // A short, valid PCM wave file: 8 kHz mono 8-bit, a tenth of a second of a square tone.
 QString writeWave(const QString& path) {
@@ -73,34 +50,16 @@ QString writeWave(const QString& path) {
     return path;
 }
 
-class EditorWindowTest : public testing::Test {
+// The main window, started before every test; questions are answered with their first button.
+class EditorWindowTest : public MainWindowTest {
 protected:
     void SetUp() override {
-        freshSession(dir);
-        scripted().onFile = [this](const ScriptedDialogs::FileQuestion&) { return chosenFile; };
-        scripted().onAnswer = [this](const MessageRequest& r) {
-            lastRequest = r;
-            return r.buttons.value(0);
-        };
-        window = std::make_unique<frmMain>();
-        QSignalSpy loaded(window.get(), &frmMain::documentLoaded);
-        window->Form_Load(QString());
-        window->resize(1200, 800);
-        window->show();
-        ASSERT_TRUE(loaded.count() > 0 || loaded.wait(20000));
+        MainWindowTest::SetUp();
+        answer = kFirstButton;
+        windowSize = QSize(1200, 800);
+        start();
+        ASSERT_FALSE(HasFailure());
     }
-    void TearDown() override {
-        window.reset();
-        AccountStore::close();
-        bError::setLogPath(QString());
-    }
-    VisualSurface* page() const { return window->visualPage(); }
-    void setBody(const QString& html) {
-        QSignalSpy done(page(), &VisualSurface::documentComplete);
-        page()->setDocumentHTML(html, dir.path() + "/");
-        ASSERT_TRUE(done.wait(20000));
-    }
-    QString html() { return page()->documentHTML().value_or(QString()); }
     QStringList captions() const {
         QStringList out;
         const QTreeWidget* grid = window->properties()->grid();
@@ -111,16 +70,6 @@ protected:
             out << grid->topLevelItem(0)->child(i)->text(0);
         return out;
     }
-    QStringList log() const {
-        QStringList lines;
-        TextFile::readLines(session().folders.logFile(), lines);
-        return lines;
-    }
-
-    QTemporaryDir dir;
-    std::unique_ptr<frmMain> window;
-    QString chosenFile;
-    MessageRequest lastRequest;
 };
 
 class PropertyPaneTest : public EditorWindowTest {};
@@ -440,14 +389,7 @@ TEST_F(BackgroundSoundTest, SecondChoiceChangesTheOneSoundAndSaveKeepsItWithTheB
 class UnsubscribeLinkTest : public EditorWindowTest {
 protected:
     qint64 addAccount(const QString& name, const QString& address, bool active = true) {
-        Account a;
-        a.displayName = name;
-        a.address = address;
-        a.active = active;
-        a.smtpServer = "smtp.example.com";
-        a.authentication = "login";
-        a.security = "starttls";
-        return AccountStore().add(a).value_or(-1);
+        return EditorWindowTest::addAccount(name, address, active, "smtp.example.com");
     }
 };
 

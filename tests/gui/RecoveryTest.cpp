@@ -1,42 +1,22 @@
 // The main window's recovery copies, its close on a signal, and the recent messages.
 #include "core/message/Recovery.h"
 #include "core/app/EditorSettings.h"
-#include "core/message/MessageFile.h"
-#include "gui/app/Session.h"
-#include "gui/app/frmMessage.h"
 #include "gui/editor/RecentMenu.h"
-#include "gui/editor/VisualSurface.h"
-#include "gui/editor/frmMain.h"
 
 #include <QAction>
-#include <QDir>
-#include <QFile>
 #include <QLineEdit>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
-#include <gtest/gtest.h>
 
-#include "gui/TestSession.h"
+#include "gui/MainWindowFixture.h"
 
 using namespace quillora;
 using namespace quillora::gui;
 
 namespace {
 
-bool waitFor(const std::function<bool()>& done, int ms = 20000) {
-    return QTest::qWaitFor(done, ms);
-}
-
-QByteArray bytesOf(const QString& path) {
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<missing>");
-}
-
-class RecoveryWindowTest : public testing::Test {
+class RecoveryWindowTest : public MainWindowTest {
 protected:
     void SetUp() override {
-        freshSession(dir);
+        MainWindowTest::SetUp();
         scripted().onAnswer = [this](const MessageRequest& r) {
             if (r.key == u"id_Recupero") {
                 if (offers.isEmpty() && r.box) {
@@ -46,17 +26,11 @@ protected:
                 offers << r;
                 return choice;
             }
-            if (!r.key.isEmpty())
-                ++questions;
+            const int id = answerQuestion(r);
             if (onQuestion)
                 onQuestion();
-            return r.buttons.contains(kIdNo) ? kIdNo : r.buttons.value(0);
+            return id;
         };
-        scripted().onFile = [this](const ScriptedDialogs::FileQuestion&) { return chosenFile; };
-    }
-    void TearDown() override {
-        window.reset();
-        bError::setLogPath(QString());
     }
 
     QString pathFileImp() const { return session().folders.pathFileImp; }
@@ -74,26 +48,9 @@ protected:
         return w.messageFile();
     }
 
-    frmMain& start(const QString& commandLine = QString()) {
-        window = std::make_unique<frmMain>();
-        QSignalSpy loaded(window.get(), &frmMain::documentLoaded);
-        window->Form_Load(commandLine);
-        window->show();
-        EXPECT_TRUE(loaded.count() > 0 || loaded.wait(20000)) << "the new message never loaded";
-        if (!commandLine.isEmpty()) {
-            EXPECT_TRUE(loaded.count() > 1 || loaded.wait(20000)) << "the file never opened";
-        }
-        return *window;
-    }
-    QString html() { return window->visualPage()->documentHTML().value_or(QString()); }
-
-    QTemporaryDir dir;
-    std::unique_ptr<frmMain> window;
     QList<MessageRequest> offers;
     int choice = 0;
-    int questions = 0;
     std::function<void()> onQuestion;
-    QString chosenFile;
 };
 
 class RecoveryChoice : public RecoveryWindowTest, public testing::WithParamInterface<int> {};
@@ -101,11 +58,11 @@ class RecoveryChoice : public RecoveryWindowTest, public testing::WithParamInter
 TEST_P(RecoveryChoice, IsCarriedOutOnTheCopyLeftByAGoneEditor) {
     const QString original = dir.filePath("news/offer.mssx");
     const QString copy = leaveCopy(original);
-    const QByteArray copyBytes = bytesOf(copy);
+    const QByteArray copyBytes = fileBytes(copy);
     choice = GetParam();
     chosenFile = dir.filePath("kept.mssx");
     frmMain& w = start();
-    ASSERT_TRUE(waitFor([&] { return !offers.isEmpty(); }));
+    ASSERT_TRUE(waitFor([&] { return !offers.isEmpty(); }, 20000));
     ASSERT_EQ(offers.size(), 1);
     EXPECT_EQ(offers[0].buttons, (QList<int>{kIdRestore, kIdSaveElsewhere, kIdDiscard}));
     EXPECT_TRUE(offers[0].content.contains("[offer.mssx]")) << offers[0].content.toStdString();
@@ -114,14 +71,14 @@ TEST_P(RecoveryChoice, IsCarriedOutOnTheCopyLeftByAGoneEditor) {
     switch (choice) {
     case kIdRestore:
         // Back as it was on screen: its own file, unsaved, the text in the page.
-        ASSERT_TRUE(waitFor([&] { return !QFileInfo::exists(copy); }));
+        ASSERT_TRUE(waitFor([&] { return !QFileInfo::exists(copy); }, 20000));
         EXPECT_EQ(w.windowTitle(), "Quillora - [offer.mssx*]");
         EXPECT_EQ(w.document().currentPath, original);
         EXPECT_TRUE(html().contains("Before the crash")) << html().toStdString();
         EXPECT_EQ(MessageFile::read(w.recoveryCopyFile()).content.subject, "Spring offer");
         break;
     case kIdSaveElsewhere:
-        EXPECT_EQ(bytesOf(chosenFile), copyBytes);
+        EXPECT_EQ(fileBytes(chosenFile), copyBytes);
         EXPECT_FALSE(QFileInfo::exists(copy));
         EXPECT_EQ(w.settings().recent.value(0), chosenFile);
         EXPECT_FALSE(w.DaSalvare());
@@ -132,7 +89,7 @@ TEST_P(RecoveryChoice, IsCarriedOutOnTheCopyLeftByAGoneEditor) {
         EXPECT_FALSE(w.DaSalvare());
         break;
     default: // closed without a choice: offered again at the next start
-        EXPECT_EQ(bytesOf(copy), copyBytes);
+        EXPECT_EQ(fileBytes(copy), copyBytes);
         window.reset();
         EXPECT_EQ(Recovery::claimOrphans(pathFileImp()).size(), 1u);
         break;

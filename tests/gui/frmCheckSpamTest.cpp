@@ -1,42 +1,25 @@
 #include "gui/spamcheck/frmCheckSpam.h"
-#include "core/app/AccountStore.h"
-#include "core/app/bError.h"
-#include "core/message/MessageFile.h"
 #include "core/spamcheck/SpamFilter.h"
-#include "gui/editor/frmMain.h"
 #include "gui/spamcheck/frmAccount.h"
 
 #include "core/spamcheck/TestMail.h"
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDir>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRegularExpression>
-#include <QSignalSpy>
 #include <QTableWidget>
-#include <QTemporaryDir>
-#include <QTest>
-#include <gtest/gtest.h>
 
-#include "gui/TestSession.h"
+#include "gui/MainWindowFixture.h"
 
 using namespace quillora;
 using namespace quillora::gui;
 
 namespace {
-
-const QString kCorpus = QStringLiteral(QUILLORA_SOURCE_DIR "/tests/data/html/");
-
-void saveShot(QWidget* w, const QString& name) {
-    const QString folder = QStringLiteral(QUILLORA_BINARY_DIR "/screenshots");
-    QDir().mkpath(folder);
-    EXPECT_TRUE(w->grab().save(folder + "/" + name));
-}
 
 // The HTML part of an e-mail file, decoded by vmime's parser.
 QString htmlOf(const QByteArray& eml) {
@@ -54,50 +37,16 @@ QString htmlOf(const QByteArray& eml) {
     return QString();
 }
 
-QByteArray fileBytes(const QString& path) {
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-class SpamCheckTest : public testing::Test {
+class SpamCheckTest : public MainWindowTest {
 protected:
     void SetUp() override {
-        freshSession(dir);
+        MainWindowTest::SetUp();
+        windowSize = QSize(1100, 800);
         ASSERT_TRUE(AccountStore::open(session().folders.accountDatabase()).ok());
-        scripted().onFile = [this](const ScriptedDialogs::FileQuestion&) { return chosenFile; };
-    }
-    void TearDown() override {
-        window.reset();
-        AccountStore::close();
-        bError::setLogPath(QString());
-    }
-    qint64 addAccount(const QString& name, const QString& address, bool active = true) {
-        Account a;
-        a.displayName = name;
-        a.address = address;
-        a.active = active;
-        a.authentication = "login";
-        a.security = "starttls";
-        return AccountStore().add(a).value_or(0);
     }
     // The editor on a corpus newsletter, saved as a message file and opened the usual way.
     frmMain& startOn(const QString& newsletter) {
-        MessageDocument doc;
-        QFile page(kCorpus + newsletter + "/index.html");
-        EXPECT_TRUE(page.open(QIODevice::ReadOnly));
-        doc.body = QString::fromUtf8(page.readAll());
-        doc.subject = "Our spring news";
-        MessageFile::SaveOptions o;
-        o.baseFolder = kCorpus + newsletter + "/";
-        const QString file = dir.filePath("news.mssx");
-        EXPECT_TRUE(MessageFile::SalvaMessaggio(doc, file, o).ok());
-        window = std::make_unique<frmMain>();
-        QSignalSpy loaded(window.get(), &frmMain::documentLoaded);
-        window->Form_Load(file);
-        window->resize(1100, 800);
-        window->show();
-        EXPECT_TRUE(QTest::qWaitFor([&] { return loaded.count() >= 2; }, 30000));
-        return *window;
+        return start(saveCorpusMessage(newsletter, "Our spring news", "news.mssx"));
     }
     frmCheckSpam* openCheck() {
         window->Dks_CommandClick("cmdCheckSpam");
@@ -110,10 +59,6 @@ protected:
         EXPECT_NE(c, nullptr) << name;
         return c;
     }
-
-    QTemporaryDir dir;
-    std::unique_ptr<frmMain> window;
-    QString chosenFile;
 };
 
 TEST_F(SpamCheckTest, NewsletterIsScoredByTheRealFilter) {
@@ -164,7 +109,7 @@ TEST_F(SpamCheckTest, NewsletterIsScoredByTheRealFilter) {
     EXPECT_EQ(w.DaSalvare(), unsavedBefore) << "the check does not count as a save";
     EXPECT_TRUE(scripted().errorReports.isEmpty());
     d->resize(720, 640);
-    saveShot(d, "spam-check.png");
+    EXPECT_TRUE(saveShot(*d, "spam-check.png"));
 
     // The first check started the program's daemon; the next goes through it, same verdict.
     if (SpamFilter::daemonProgram().isEmpty() || SpamFilter::clientProgram().isEmpty())
@@ -249,7 +194,7 @@ TEST_F(SpamCheckTest, AccountsWindowAddsChangesAndRemoves) {
     child<QLineEdit>(a, "txtEmail")->setText("anna.rossi@example.com");
     ASSERT_TRUE(a->cmdSalva_Click());
     EXPECT_EQ(AccountStore().find(two[0].id)->address, "anna.rossi@example.com");
-    saveShot(a, "accounts.png");
+    EXPECT_TRUE(saveShot(*a, "accounts.png"));
     a->cmdElimina_Click();
     ASSERT_EQ(AccountStore().list()->size(), 1);
     EXPECT_EQ(AccountStore().list()->at(0).displayName, "Bruno");

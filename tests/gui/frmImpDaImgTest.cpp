@@ -1,25 +1,14 @@
 #include "gui/tools/frmImpDaImg.h"
-#include "core/app/bError.h"
-#include "core/message/MessageFile.h"
-#include "gui/app/Session.h"
-#include "gui/editor/VisualSurface.h"
-#include "gui/editor/frmMain.h"
 
-#include <QDir>
 #include <QFileInfo>
 #include <QImage>
 #include <QLineEdit>
 #include <QPainter>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QToolButton>
-#include <gtest/gtest.h>
 
-#include "gui/PageProbe.h"
-#include "gui/TestSession.h"
+#include "gui/MainWindowFixture.h"
 
 using namespace quillora;
 using namespace quillora::gui;
@@ -39,21 +28,13 @@ QString makePicture(const QString& path, int width, int height) {
     return path;
 }
 
-class ImageImportTest : public testing::Test {
+class ImageImportTest : public MainWindowTest {
 protected:
     void SetUp() override {
-        freshSession(dir);
-        scripted().onFile = [this](const ScriptedDialogs::FileQuestion&) { return chosenFile; };
-        window = std::make_unique<frmMain>();
-        QSignalSpy loaded(window.get(), &frmMain::documentLoaded);
-        window->Form_Load(QString());
-        window->resize(1100, 800);
-        window->show();
-        ASSERT_TRUE(loaded.count() > 0 || loaded.wait(20000));
-    }
-    void TearDown() override {
-        window.reset();
-        bError::setLogPath(QString());
+        MainWindowTest::SetUp();
+        windowSize = QSize(1100, 800);
+        start();
+        ASSERT_FALSE(HasFailure());
     }
 
     frmImpDaImg* openDialog() {
@@ -80,10 +61,6 @@ protected:
         return QDir(session().folders.pathFileImp + "Elaboration")
             .entryList(QDir::Dirs | QDir::NoDotAndDotDot);
     }
-
-    QTemporaryDir dir;
-    std::unique_ptr<frmMain> window;
-    QString chosenFile;
 };
 
 // The whole path a user takes: browse, import, see every slice, save, open again.
@@ -94,16 +71,14 @@ TEST_F(ImageImportTest, ATallPictureBecomesTheBodyWithEverySliceShownAndSaved) {
     d->findChild<QToolButton*>("cmdFile")->click();
     EXPECT_EQ(field(d, "txtFile")->text(), chosenFile);
     EXPECT_EQ(scripted().fileQuestions.last().title, "Apri file immagine");
-    const QString shot = QStringLiteral(QUILLORA_BINARY_DIR "/screenshots");
-    QDir().mkpath(shot);
-    EXPECT_TRUE(d->grab().save(shot + "/import-image.png"));
+    EXPECT_TRUE(saveShot(*d, "import-image.png"));
 
     ASSERT_TRUE(import(d));
     EXPECT_TRUE(QTest::qWaitFor([&] { return window->imageImport() == nullptr; }, 5000))
         << "the window closes after the import";
-    EXPECT_EQ(loadedPictures(window->visualPage()), 9); // eight slices of 100 rows, one of 40
-    EXPECT_TRUE(window->grab().save(shot + "/import-image-page.png"));
-    const QString body = window->visualPage()->documentHTML().value_or(QString());
+    EXPECT_EQ(loadedPictures(page()), 9); // eight slices of 100 rows, one of 40
+    EXPECT_TRUE(saveShot(*window, "import-image-page.png"));
+    const QString body = html();
     EXPECT_TRUE(body.contains("alt=\"Sezione 9\"")) << body.toStdString();
     EXPECT_TRUE(body.contains("height=\"40\""));
     EXPECT_TRUE(window->DaSalvare());
@@ -123,7 +98,7 @@ TEST_F(ImageImportTest, ATallPictureBecomesTheBodyWithEverySliceShownAndSaved) {
     QSignalSpy reopened(window.get(), &frmMain::documentLoaded);
     ASSERT_TRUE(window->ApriMessaggio(chosenFile));
     ASSERT_TRUE(reopened.count() > 0 || reopened.wait(20000));
-    EXPECT_EQ(loadedPictures(window->visualPage()), 9);
+    EXPECT_EQ(loadedPictures(page()), 9);
 }
 
 TEST_F(ImageImportTest, FieldsNeverStayUnderTheirMinimumsAndStepByFifty) {

@@ -1,104 +1,29 @@
 #include "gui/editor/frmMain.h"
-#include "core/app/Folders.h"
 #include "core/app/Links.h"
-#include "core/app/Provisioning.h"
-#include "core/app/TextFile.h"
-#include "core/app/bError.h"
 #include "core/editor/CommandTable.h"
-#include "core/message/MessageFile.h"
-#include "gui/app/Session.h"
-#include "gui/app/frmMessage.h"
 #include "gui/editor/SourceView.h"
-#include "gui/editor/VisualSurface.h"
 #include "gui/message/frmAllegati.h"
 
 #include <QAction>
 #include <QApplication>
-#include <QDir>
-#include <QElapsedTimer>
-#include <QFile>
 #include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
 #include <QRegularExpression>
-#include <QSignalSpy>
 #include <QTabWidget>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QToolBar>
 #include <QTreeWidget>
-#include <QWebEnginePage>
-#include <QWebEngineScript>
-#include <gtest/gtest.h>
 
-#include "gui/PageProbe.h"
-#include "gui/TestSession.h"
+#include "gui/MainWindowFixture.h"
 
 using namespace quillora;
 using namespace quillora::gui;
 
 namespace {
 
-const QString kCorpus = QStringLiteral(QUILLORA_SOURCE_DIR "/tests/data/html/");
-
-bool waitFor(const std::function<bool()>& done, int ms = 15000) {
-    return QTest::qWaitFor(done, ms);
-}
-
-void saveShot(QWidget& w, const QString& name) {
-    const QString folder = QStringLiteral(QUILLORA_BINARY_DIR "/screenshots");
-    QDir().mkpath(folder);
-    w.grab().save(folder + "/" + name);
-}
-
-class frmMainTest : public testing::Test {
+class frmMainTest : public MainWindowTest {
 protected:
-    void SetUp() override {
-        freshSession(dir);
-        questions = 0;
-        answer = kIdNo;
-        scripted().onAnswer = [this](const MessageRequest& r) {
-            if (!r.key.isEmpty())
-                ++questions;
-            lastRequest = r;
-            return r.buttons.contains(answer) ? answer : r.buttons.value(0);
-        };
-        scripted().onFile = [this](const ScriptedDialogs::FileQuestion&) { return chosenFile; };
-    }
-    void TearDown() override {
-        window.reset();
-        bError::setLogPath(QString());
-    }
-
-    frmMain& start(const QString& commandLine = QString()) {
-        window = std::make_unique<frmMain>();
-        QSignalSpy loaded(window.get(), &frmMain::documentLoaded);
-        window->Form_Load(commandLine);
-        window->show();
-        EXPECT_TRUE(loaded.count() > 0 || loaded.wait(20000)) << "the new message never loaded";
-        if (!commandLine.isEmpty()) {
-            EXPECT_TRUE(loaded.count() > 1 || loaded.wait(20000)) << "the file never opened";
-        }
-        return *window;
-    }
-    // Replaces the body the way the source page does, and waits for the visual page.
-    void setBody(const QString& html) {
-        QSignalSpy done(window->visualPage(), &VisualSurface::documentComplete);
-        window->visualPage()->setDocumentHTML(html, dir.path() + "/");
-        ASSERT_TRUE(done.wait(20000));
-    }
-    QString html() { return window->visualPage()->documentHTML().value_or(QString()); }
-    void newMessage() {
-        QSignalSpy loaded(window.get(), &frmMain::documentLoaded);
-        window->NuovoMessaggio();
-        ASSERT_TRUE(loaded.wait(20000));
-    }
-    QStringList log() const {
-        QStringList lines;
-        TextFile::readLines(session().folders.logFile(), lines);
-        return lines;
-    }
     QString writeFile(const QString& name, qsizetype bytes) {
         const QString path = dir.filePath(name);
         QFile f(path);
@@ -106,13 +31,6 @@ protected:
         f.write(QByteArray(bytes, 'x'));
         return path;
     }
-
-    QTemporaryDir dir;
-    std::unique_ptr<frmMain> window;
-    int questions = 0;
-    int answer = kIdNo;
-    MessageRequest lastRequest;
-    QString chosenFile;
 };
 
 TEST_F(frmMainTest, StartLogsThePhasesInOrder) {
@@ -664,13 +582,8 @@ TEST_F(frmMainTest, MessageScriptsNeverRun) {
 }
 
 TEST_F(frmMainTest, ARealNewsletterShowsEveryPictureOnEveryPage) {
-    MessageDocument d;
-    d.subject = "Colorlib 16";
-    d.body = TextFile::read(kCorpus + "colorlib-16/index.html").text;
-    const QString path = dir.filePath("colorlib.mssx");
-    MessageFile::SaveOptions options;
-    options.baseFolder = kCorpus + "colorlib-16/";
-    ASSERT_TRUE(MessageFile::SalvaMessaggio(d, path, options).ok());
+    const QString path = saveCorpusMessage("colorlib-16", "Colorlib 16", "colorlib.mssx");
+    ASSERT_FALSE(HasFailure());
     frmMain& w = start(path);
     w.resize(1280, 860);
     // Every picture of the newsletter (six; its seventh file is a background) comes from the

@@ -107,19 +107,57 @@ TEST_F(LanguageFileTest, SelectionIsTheFirstLineTrimmedAndMatchedExactly) {
     EXPECT_EQ(bLANG::ControlloLingua(dir.filePath("missing.lng")), QString());
 }
 
-TEST_F(LanguageFileTest, TheLaterOfTwoEqualHeadersIsTheLanguage) {
-    const Loaded got = load(write({"[<LNG1>]English", "[<LNG2>]Italiano", "[<LNG3>]English",
-                                   "[<MDLO>]->bVAR", line("Lingua", "one", "two", "three")}),
-                            "English");
-    EXPECT_EQ(got.result.CurrentLanguageIndex, 3);
-    EXPECT_EQ(got.last.value("bVAR.Lingua"), "three");
+// The text one key gets in one language, and that language's place among the headers.
+struct KeyTextCase {
+    const char* name;
+    QStringList headers, messages; // the bVAR section follows the headers
+    QString language, key, text;
+    int languageIndex;
+};
+
+void PrintTo(const KeyTextCase& c, std::ostream* os) {
+    *os << c.name;
 }
 
-TEST_F(LanguageFileTest, LineBreakMarkGivesTwoLines) {
+class KeyText : public LanguageFileTest, public testing::WithParamInterface<KeyTextCase> {};
+
+TEST_P(KeyText, IsTheTextOfTheLanguage) {
+    const KeyTextCase& c = GetParam();
     const Loaded got =
-        load(withMessages({line("MessSalva1", "a", "First**vbCrLf**second", "c")}), "English");
-    EXPECT_EQ(got.last.value("bVAR.MessSalva1"), "First\r\nsecond");
+        load(write(c.headers + QStringList{"[<MDLO>]->bVAR"} + c.messages), c.language);
+    EXPECT_EQ(got.result.CurrentLanguageIndex, c.languageIndex);
+    EXPECT_EQ(got.last.value(c.key), c.text);
 }
+
+const QString kEspanol = QString::fromUtf8("Español");
+const QStringList kTwoEnglish = {"[<LNG1>]English", "[<LNG2>]Italiano", "[<LNG3>]English"};
+const QStringList kJoined = {line("Attenzione", "uno[|]due", "two", "tres")};
+
+INSTANTIATE_TEST_SUITE_P(LanguageFile, KeyText,
+                         testing::Values(
+                             // Of two equal headers, the later one is the language.
+                             KeyTextCase{"later_of_two_equal_headers",
+                                         kTwoEnglish,
+                                         {line("Lingua", "one", "two", "three")},
+                                         "English",
+                                         "bVAR.Lingua",
+                                         "three",
+                                         3},
+                             KeyTextCase{"line_break_mark_gives_two_lines",
+                                         kHeaders,
+                                         {line("MessSalva1", "a", "First**vbCrLf**second", "c")},
+                                         "English",
+                                         "bVAR.MessSalva1",
+                                         "First\r\nsecond",
+                                         2},
+                             // A join mark inside a text shifts the languages that follow it.
+                             KeyTextCase{"join_mark_first_part", kHeaders, kJoined, "Italiano",
+                                         "bVAR.Attenzione", "uno", 1},
+                             KeyTextCase{"join_mark_second_part_shifted", kHeaders, kJoined,
+                                         "English", "bVAR.Attenzione", "due", 2},
+                             KeyTextCase{"join_mark_shifts_the_next_language", kHeaders, kJoined,
+                                         kEspanol, "bVAR.Attenzione", "two", 3}),
+                         [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(LanguageFileTest, OnlyKeysOfTheTableSpeltExactlyAreApplied) {
     const Loaded got = load(write(kHeaders +
@@ -174,13 +212,6 @@ TEST_F(LanguageFileTest, ALaterLineForTheSameKeyWins) {
     ASSERT_EQ(got.calls.size(), 3);
     EXPECT_EQ(got.calls[0].second, "first");
     EXPECT_EQ(got.last.value("bVAR.Lingua"), "second");
-}
-
-TEST_F(LanguageFileTest, JoinMarkInsideATextShiftsTheFollowingLanguages) {
-    const QString lng = withMessages({line("Attenzione", "uno[|]due", "two", "tres")});
-    EXPECT_EQ(load(lng, "Italiano").last.value("bVAR.Attenzione"), "uno");
-    EXPECT_EQ(load(lng, "English").last.value("bVAR.Attenzione"), "due");
-    EXPECT_EQ(load(lng, QString::fromUtf8("Español")).last.value("bVAR.Attenzione"), "two");
 }
 
 TEST_F(LanguageFileTest, ProgressFollowsTheBytesOfAUtf16File) {
