@@ -337,22 +337,22 @@ Bitmap rescale(FIBITMAP* src, int width, int height) {
     if (cores < 2 || FreeImage_GetImageType(src) != FIT_BITMAP || (bpp != 24 && bpp != 32) ||
         qint64(srcWidth) * srcHeight < 1'000'000)
         return Bitmap(FreeImage_Rescale(src, width, height, FILTER_LANCZOS3));
+    Bitmap step;
+    FIBITMAP* current = src;
+    // One pass, unless it keeps its size; false when the library fails.
+    const auto pass = [&](bool across) {
+        const int w = across ? width : int(FreeImage_GetWidth(current));
+        const int h = across ? int(FreeImage_GetHeight(current)) : height;
+        if (w == int(FreeImage_GetWidth(current)) && h == int(FreeImage_GetHeight(current)))
+            return true;
+        step = passInBands(current, w, h, across, std::min(cores, across ? h : w));
+        current = step.get();
+        return current != nullptr;
+    };
     const bool acrossFirst = width <= srcWidth;
-    Bitmap first;
-    if (acrossFirst && width != srcWidth)
-        first = passInBands(src, width, srcHeight, true, std::min(cores, srcHeight));
-    else if (!acrossFirst && height != srcHeight)
-        first = passInBands(src, srcWidth, height, false, std::min(cores, srcWidth));
-    FIBITMAP* middle = first ? first.get() : src;
-    if (acrossFirst && width != srcWidth && !first)
+    if (!pass(acrossFirst) || !pass(!acrossFirst))
         return nullptr;
-    if (!acrossFirst && height != srcHeight && !first)
-        return nullptr;
-    if (acrossFirst && height != srcHeight)
-        return passInBands(middle, width, height, false, std::min(cores, width));
-    if (!acrossFirst && width != srcWidth)
-        return passInBands(middle, width, height, true, std::min(cores, height));
-    return first ? std::move(first) : Bitmap(FreeImage_Clone(src));
+    return current == src ? Bitmap(FreeImage_Clone(src)) : std::move(step);
 }
 
 // Cuts one slice out of the scaled picture and saves it; the error text when that fails.
