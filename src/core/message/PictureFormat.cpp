@@ -8,6 +8,8 @@ namespace quillora::PictureFormat {
 
 namespace {
 
+constexpr qint64 kMaxPixels = 100'000'000;
+
 void initialise() {
     static std::once_flag once;
     std::call_once(once, [] { FreeImage_Initialise(FALSE); });
@@ -53,6 +55,18 @@ std::optional<QByteArray> toPng(QByteArrayView bytes) {
     if (f == FIF_UNKNOWN || !FreeImage_FIFSupportsReading(f))
         return std::nullopt;
     Memory in(bytes);
+    // A few bytes can declare gigabytes of pixels: the size is read first where the format
+    // allows it, and a picture larger than any mail would show is not decoded.
+    if (FreeImage_FIFSupportsNoPixels(f)) {
+        FIBITMAP* header = FreeImage_LoadFromMemory(f, in.get(), FIF_LOAD_NOPIXELS);
+        if (!header)
+            return std::nullopt;
+        const qint64 pixels = qint64(FreeImage_GetWidth(header)) * FreeImage_GetHeight(header);
+        FreeImage_Unload(header);
+        if (pixels > kMaxPixels)
+            return std::nullopt;
+        FreeImage_SeekMemory(in.get(), 0, SEEK_SET);
+    }
     FIBITMAP* picture = FreeImage_LoadFromMemory(f, in.get(), 0);
     if (!picture)
         return std::nullopt;
