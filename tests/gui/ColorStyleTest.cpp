@@ -253,6 +253,12 @@ TEST_P(MainWindowScheme, EveryPartOfTheWindowTakesTheScheme) {
     EXPECT_EQ(role(dock, QPalette::Window), c(Colour::CLR_BARSMENU_BACK));
     // The title bar is painted in the pane-title colour.
     EXPECT_EQ(pixel(dock, QPoint(dock->width() * 3 / 5, 2)), c(Colour::CLR_MENU_HEAD));
+    // The separator beside the panes is the program style's, in the workspace colour, and the
+    // window needs no style sheet for it.
+    EXPECT_TRUE(w.styleSheet().isEmpty());
+    const QRect pane = dock->geometry();
+    EXPECT_EQ(pixel(&w, QPoint(pane.left() - 2, pane.center().y())),
+              c(bColorStyle::DockColour(bColorStyle::DockPart::Workspace)));
 
     // The tab strip: the selected tab carries the accent on the edge it shares with the page.
     QTabBar* tabs = w.tabs()->tabBar();

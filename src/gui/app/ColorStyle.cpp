@@ -19,6 +19,7 @@
 #include <QMainWindow>
 #include <QMenu>
 #include <QMenuBar>
+#include <QPainter>
 #include <QPlainTextEdit>
 #include <QPointer>
 #include <QProgressBar>
@@ -239,6 +240,13 @@ QString overridesFor(QWidget* holder, const ColorScheme& scheme) {
     return out;
 }
 
+// The separators between the main window's panes: this wide, in the workspace colour.
+constexpr int kSeparatorExtent = 3;
+
+Colour workspaceColour() {
+    return cs::DockColour(DockPart::Workspace);
+}
+
 // ---- Colouring -----------------------------------------------------------------------------
 //
 // Style sheets first, then polish, then palettes: re-polishing after a style-sheet change gives
@@ -252,12 +260,20 @@ QString dockSheet(const ColorScheme& scheme) {
         .arg(c(DockPart::Text), c(DockPart::PaneTitle), c(DockPart::Workspace));
 }
 
+bool styleDrawsSeparators(const QWidget* window, const ColorScheme& scheme);
+
 void applySheets(QWidget* w, const ColorScheme& scheme) {
     if (qobject_cast<QMainWindow*>(w)) {
+        // Under the program's scheme its style draws the separators between the panes: a sheet
+        // on the window would put every control of it under the style-sheet style, whose polish
+        // is most of the time the colouring takes.
         setSheetPart(w, "workspace",
-                     QStringLiteral("QMainWindow::separator { background-color: %1; "
-                                    "width: 3px; height: 3px; }")
-                         .arg(css(schemeColour(scheme, cs::DockColour(DockPart::Workspace)))));
+                     styleDrawsSeparators(w, scheme)
+                         ? QString()
+                         : QStringLiteral("QMainWindow::separator { background-color: %1; "
+                                          "width: %2px; height: %2px; }")
+                               .arg(css(schemeColour(scheme, workspaceColour())))
+                               .arg(kSeparatorExtent));
     }
     if (qobject_cast<QDockWidget*>(w))
         setSheetPart(w, "dock", dockSheet(scheme));
@@ -392,6 +408,23 @@ class SchemeStyle : public QProxyStyle {
 public:
     using QProxyStyle::QProxyStyle;
 
+    int pixelMetric(PixelMetric metric, const QStyleOption* option,
+                    const QWidget* widget) const override {
+        if (metric == PM_DockWidgetSeparatorExtent)
+            return kSeparatorExtent;
+        return QProxyStyle::pixelMetric(metric, option, widget);
+    }
+
+    void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                       const QWidget* widget) const override {
+        const ColorScheme* scheme = programColorScheme();
+        if (element == PE_IndicatorDockWidgetResizeHandle && scheme) {
+            painter->fillRect(option->rect, schemeColour(*scheme, workspaceColour()));
+            return;
+        }
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
+    }
+
     QIcon standardIcon(StandardPixmap sp, const QStyleOption* option,
                        const QWidget* widget) const override {
         const QIcon icon = QProxyStyle::standardIcon(sp, option, widget);
@@ -453,6 +486,11 @@ struct ProgramStyle {
 ProgramStyle& program() {
     static ProgramStyle p;
     return p;
+}
+
+bool styleDrawsSeparators(const QWidget* window, const ColorScheme& scheme) {
+    const ProgramStyle& p = program();
+    return p.scheme && *p.scheme == scheme && dynamic_cast<SchemeStyle*>(window->style());
 }
 
 // Colours every window the first time it is shown under the current scheme.
