@@ -8,7 +8,7 @@ RUN_PACKAGES=(
   build-essential cmake ninja-build pkg-config
   qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlite libgl-dev
   qt6-webengine-dev qt6-webengine-dev-tools qt6-webchannel-dev libqscintilla2-qt6-dev
-  libgumbo-dev libvmime-dev libfreeimage-dev libpng-dev
+  libgumbo-dev libvmime-dev libfreeimage-dev libpng-dev libdeflate-dev
   # the spam check runs the filter (Debian ships its rules; no update from the network),
   # repeated checks through a private daemon and its client
   spamassassin spamc spamd

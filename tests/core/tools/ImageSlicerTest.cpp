@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -75,6 +76,30 @@ quint32 crc32(const QByteArray& bytes) {
 void putBigEndian32(QByteArray& bytes, int at, quint32 value) {
     for (int k = 0; k < 4; ++k)
         bytes[at + k] = char(value >> (24 - 8 * k));
+}
+
+quint32 bigEndian32(const QByteArray& bytes, qsizetype at) {
+    quint32 value = 0;
+    for (int k = 0; k < 4; ++k)
+        value = value << 8 | quint8(bytes[at + k]);
+    return value;
+}
+
+// The names of a PNG file's chunks in order, "bad-crc" for one whose checksum is wrong; nothing
+// when the signature is missing or the file ends inside a chunk.
+QByteArrayList pngChunks(const QByteArray& png) {
+    if (!png.startsWith("\x89PNG\r\n\x1a\n"))
+        return {};
+    QByteArrayList names;
+    for (qsizetype at = 8; at < png.size();) {
+        const quint32 length = png.size() - at >= 12 ? bigEndian32(png, at) : quint32(-1);
+        if (length > png.size() - at - 12)
+            return {};
+        const QByteArray chunk = png.mid(at + 4, 4 + length); // the name, then the data
+        names << (crc32(chunk) == bigEndian32(png, at + 8 + length) ? chunk.left(4) : "bad-crc");
+        at += 12 + length;
+    }
+    return names;
 }
 
 class SlicerFolder : public ::testing::Test {
@@ -227,7 +252,7 @@ class StackedSlices : public SlicerFolder, public ::testing::WithParamInterface<
 // With the minimum slice height the slices are the scaled picture cut into pieces: no row is
 // lost, repeated or resampled again, transparency included, whether the picture shrinks or
 // grows and whether it is small or large enough to be scaled on every core; each slice says the
-// resolution the image library's own writer would.
+// resolution the image library's own writer would, in a file of well-formed chunks in their order.
 TEST_P(StackedSlices, AreTheRescaledPicture) {
     const StackCase& c = GetParam();
     const Bitmap original = makePicture(c.width, c.height, c.bpp);
@@ -242,6 +267,11 @@ TEST_P(StackedSlices, AreTheRescaledPicture) {
     for (const Slice& s : r.slices) {
         if (s.rows == 0)
             continue;
+        const QByteArray chunks = pngChunks(readBytes(s.file)).join(' ');
+        EXPECT_TRUE(QRegularExpression(QStringLiteral("^IHDR pHYs (IDAT )+IEND$"))
+                        .match(QString::fromLatin1(chunks))
+                        .hasMatch())
+            << chunks.toStdString();
         const Bitmap png = loadPng(s.file);
         ASSERT_TRUE(png);
         ASSERT_EQ(FreeImage_GetBPP(png.get()), unsigned(c.bpp));
