@@ -7,6 +7,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QFileInfo>
+#include <QFontDatabase>
 #include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
@@ -14,6 +15,7 @@
 #include <QTabWidget>
 #include <QToolBar>
 #include <QTreeWidget>
+#include <Qsci/qscilexerhtml.h>
 
 #include "gui/MainWindowFixture.h"
 
@@ -146,6 +148,11 @@ TEST_F(frmMainTest, UnchangedSourceKeepsTheVisualPageAndItsUndo) {
     w.tabs()->setCurrentIndex(frmMain::PageSource);
     EXPECT_TRUE(w.sourcePage()->text().contains("<b>one two</b>"));
     EXPECT_EQ(w.sourcePage()->wrapMode(), QsciScintilla::WrapWord);
+    // Tags, text, comments and scripts alike in the one fixed-pitch font.
+    const QString fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont).family();
+    for (int style : {QsciLexerHTML::Default, QsciLexerHTML::Tag, QsciLexerHTML::HTMLComment,
+                      QsciLexerHTML::JavaScriptComment, QsciLexerHTML::CDATA})
+        EXPECT_EQ(w.sourcePage()->lexer()->font(style).family(), fixed) << style;
     w.tabs()->setCurrentIndex(frmMain::PageVisual);
     EXPECT_EQ(w.visualPage()->loadCount(), loads);
     EXPECT_TRUE(w.visualPage()->isReady());

@@ -23,7 +23,12 @@ SourceView::SourceView(QWidget* parent) : QsciScintilla(parent) {
     setAutoIndent(true);
     setTabWidth(4);
     m_lexer = new QsciLexerHTML(this);
-    m_lexer->setDefaultFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    // One fixed-pitch font for every kind of text: the lexer's own choices mix proportional
+    // families (serif for text, sans for comments) that fonts-config must stand in for, one
+    // lookup each the first time text is shown.
+    const QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    m_lexer->setDefaultFont(fixed);
+    m_lexer->setFont(fixed, -1);
     m_lexer->setFoldCompact(false);
     setLexer(m_lexer);
 
