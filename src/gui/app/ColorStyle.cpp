@@ -17,6 +17,7 @@
 #include <QLineEdit>
 #include <QListView>
 #include <QMainWindow>
+#include <QMap>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPainter>
@@ -427,14 +428,23 @@ public:
 
     QIcon standardIcon(StandardPixmap sp, const QStyleOption* option,
                        const QWidget* widget) const override {
-        const QIcon icon = QProxyStyle::standardIcon(sp, option, widget);
         const ColorScheme* scheme = programColorScheme();
-        if (!scheme || !isGlyph(sp) || icon.isNull())
+        if (!scheme || !isGlyph(sp))
+            return QProxyStyle::standardIcon(sp, option, widget);
+        // Asked for on every paint of a pane's title: each glyph is tinted once per colour.
+        const QColor tint = schemeColour(*scheme, cs::DockColour(DockPart::Text));
+        const auto key = std::make_pair(int(sp), tint.rgb());
+        if (const auto found = m_tinted.constFind(key); found != m_tinted.cend())
+            return *found;
+        const QIcon icon = QProxyStyle::standardIcon(sp, option, widget);
+        if (icon.isNull())
             return icon;
-        return tinted(icon, schemeColour(*scheme, cs::DockColour(DockPart::Text)));
+        return *m_tinted.insert(key, tinted(icon, tint));
     }
 
 private:
+    mutable QMap<std::pair<int, QRgb>, QIcon> m_tinted;
+
     static bool isGlyph(StandardPixmap sp) {
         switch (sp) {
         case SP_TitleBarCloseButton:
