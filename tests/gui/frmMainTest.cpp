@@ -156,6 +156,14 @@ TEST_F(frmMainTest, UnchangedSourceKeepsTheVisualPageAndItsUndo) {
     w.tabs()->setCurrentIndex(frmMain::PageVisual);
     EXPECT_EQ(w.visualPage()->loadCount(), loads);
     EXPECT_TRUE(w.visualPage()->isReady());
+    // Hidden, the source page lays out nothing in the background; shown from the preview, which
+    // brings no new text, it wraps its lines again.
+    EXPECT_EQ(w.sourcePage()->wrapMode(), QsciScintilla::WrapNone);
+    w.tabs()->setCurrentIndex(frmMain::PagePreview);
+    w.tabs()->setCurrentIndex(frmMain::PageSource);
+    EXPECT_EQ(w.sourcePage()->wrapMode(), QsciScintilla::WrapWord);
+    EXPECT_TRUE(w.sourcePage()->text().contains("<b>one two</b>"));
+    w.tabs()->setCurrentIndex(frmMain::PageVisual);
     w.Dks_CommandClick("cmdUndo");
     EXPECT_TRUE(waitFor([&] { return !html().contains("<b>"); })) << html().toStdString();
 

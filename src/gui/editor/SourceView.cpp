@@ -102,14 +102,49 @@ void SourceView::setSourceText(const QString& text) {
     // With wrapping on, new text is laid out line by line to its end before setText returns:
     // about a second for a 1 MB page. Switched on again afterwards, wrapping does the lines on
     // screen first and the rest in idle time.
-    const long wrap = SendScintilla(SCI_GETWRAPMODE);
-    if (wrap != SC_WRAP_NONE)
-        SendScintilla(SCI_SETWRAPMODE, SC_WRAP_NONE);
+    pauseIdleWork();
     setText(text);
-    if (wrap != SC_WRAP_NONE)
-        SendScintilla(SCI_SETWRAPMODE, wrap);
+    m_awaitingText = false;
+    if (isVisible())
+        resumeIdleWork();
     m_settingText = false;
     emit statusChanged();
+}
+
+// A hidden page would go on wrapping and colouring its whole text in idle time, which on a large
+// message competes with the visual page for the event loop.
+void SourceView::pauseIdleWork() {
+    const long wrap = SendScintilla(SCI_GETWRAPMODE);
+    if (wrap != SC_WRAP_NONE) {
+        m_pausedWrap = wrap;
+        SendScintilla(SCI_SETWRAPMODE, SC_WRAP_NONE);
+    }
+    SendScintilla(SCI_SETIDLESTYLING, SC_IDLESTYLING_NONE);
+}
+
+void SourceView::resumeIdleWork() {
+    SendScintilla(SCI_SETIDLESTYLING, SC_IDLESTYLING_ALL);
+    if (m_pausedWrap != SC_WRAP_NONE) {
+        SendScintilla(SCI_SETWRAPMODE, m_pausedWrap);
+        m_pausedWrap = SC_WRAP_NONE;
+    }
+}
+
+void SourceView::releaseIdleWork() {
+    m_awaitingText = false;
+    if (isVisible())
+        resumeIdleWork();
+}
+
+void SourceView::showEvent(QShowEvent* event) {
+    if (!m_awaitingText)
+        resumeIdleWork();
+    QsciScintilla::showEvent(event);
+}
+
+void SourceView::hideEvent(QHideEvent* event) {
+    QsciScintilla::hideEvent(event);
+    pauseIdleWork();
 }
 
 void SourceView::findDialog() {

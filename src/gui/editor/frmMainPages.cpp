@@ -134,6 +134,7 @@ void frmMain::Tbs_SelectedChanged(int page) {
                 m_preview->showBody(References::redirectForPreview(*html, m_doc.restoreFolder),
                                     folder);
         } else {
+            CODE->releaseIdleWork();
             reportError(QStringLiteral("Tbs_SelectedChanged"),
                         QStringLiteral("The visual page did not give back its HTML in time"));
         }
@@ -157,9 +158,11 @@ void frmMain::Tbs_SelectedChanged(int page) {
             m_preview->showBody(References::redirectForPreview(text, m_doc.restoreFolder), folder);
     }
     // Leaving the preview copies nothing: the preview never changes the HTML.
-    if (page == PageVisual)
+    if (page == PageVisual) {
+        // The source page gets the visual page's HTML whenever it is shown from here.
+        CODE->holdIdleWorkForNewText();
         DHTML->setFocus();
-    else if (page == PageSource)
+    } else if (page == PageSource)
         CODE->setFocus();
     else
         WEB->setFocus();
