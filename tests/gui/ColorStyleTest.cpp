@@ -230,8 +230,12 @@ TEST_P(MainWindowScheme, EveryPartOfTheWindowTakesTheScheme) {
     EXPECT_EQ(role(tb, QPalette::Window), c(Colour::CLR_BARSMENU));
     EXPECT_EQ(role(w.statusBar(), QPalette::Window), c(Colour::CLR_BARSMENU));
     EXPECT_EQ(role(w.menuBar(), QPalette::Window), c(Colour::CLR_BARSMENU));
-    EXPECT_EQ(role(w.bars().menu("mnuFile"), QPalette::Window), c(Colour::CLR_SFONDO_FINESTRA));
-    EXPECT_EQ(role(w.bars().menu("mnuFile"), QPalette::Text), c(Colour::CLR_MENU_COMMAND));
+    // A menu takes the scheme when it opens.
+    QMenu* file = w.bars().menu("mnuFile");
+    file->popup(w.mapToGlobal(QPoint(10, 10)));
+    EXPECT_EQ(role(file, QPalette::Window), c(Colour::CLR_SFONDO_FINESTRA));
+    EXPECT_EQ(role(file, QPalette::Text), c(Colour::CLR_MENU_COMMAND));
+    file->hide();
 
     auto* subject = w.findChild<QLabel*>("lblOggetto");
     ASSERT_TRUE(subject);

@@ -262,6 +262,7 @@ QString dockSheet(const ColorScheme& scheme) {
 }
 
 bool styleDrawsSeparators(const QWidget* window, const ColorScheme& scheme);
+bool colouredWhenShown(const ColorScheme& scheme);
 
 void applySheets(QWidget* w, const ColorScheme& scheme) {
     if (qobject_cast<QMainWindow*>(w)) {
@@ -392,7 +393,11 @@ void colourTree(QWidget* parent, const ColorScheme& scheme) {
         if (!w)
             continue;
         if (w->isWindow()) {
-            // Menus, drop-down lists, owned dialogs: windows of their own.
+            // Menus, drop-down lists, owned dialogs: windows of their own. Under the program's
+            // scheme a hidden one takes it when first shown; colouring them all here, few of which
+            // a session ever opens, would cost a start as much as the rest of its window.
+            if (!w->isVisible() && colouredWhenShown(scheme))
+                continue;
             colourWindow(w, scheme);
             continue;
         }
@@ -501,6 +506,11 @@ ProgramStyle& program() {
 bool styleDrawsSeparators(const QWidget* window, const ColorScheme& scheme) {
     const ProgramStyle& p = program();
     return p.scheme && *p.scheme == scheme && dynamic_cast<SchemeStyle*>(window->style());
+}
+
+bool colouredWhenShown(const ColorScheme& scheme) {
+    const ProgramStyle& p = program();
+    return p.scheme && *p.scheme == scheme && p.colourer;
 }
 
 // Colours every window the first time it is shown under the current scheme.
