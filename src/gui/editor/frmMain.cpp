@@ -67,6 +67,8 @@ void frmMain::buildPages() {
     Tbs->setObjectName(QStringLiteral("Tbs"));
     Tbs->setDocumentMode(true);
     Tbs->setTabPosition(QTabWidget::South);
+    // Set before the pages are in: set later, the sheet would polish them all again.
+    Tbs->setStyleSheet(QStringLiteral("QTabBar::tab:selected { font-weight: bold; }"));
     DHTML = new VisualSurface(true, Tbs);
     DHTML->setObjectName(QStringLiteral("DHTML"));
     CODE = new SourceView(Tbs);
@@ -156,7 +158,6 @@ void frmMain::Form_Load(const QString& commandLineFile) {
             DHTML->setShowDetails(details->isChecked());
     }
     phase("### Colori e Icone Tab ###");
-    Tbs->setStyleSheet(QStringLiteral("QTabBar::tab:selected { font-weight: bold; }"));
     LeggiColorStyle(s.folders); // the product family's scheme, for every window of the program
     if (const auto* scheme = programColorScheme()) {
         colourWindow(this, *scheme);
