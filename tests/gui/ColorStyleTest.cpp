@@ -222,7 +222,11 @@ TEST_P(MainWindowScheme, EveryPartOfTheWindowTakesTheScheme) {
     const ColorScheme s = shippedScheme(name);
     ASSERT_EQ(*programColorScheme(), s);
     auto c = [&s](Colour colour) { return schemeColour(s, colour); };
+    // The window is built under the scheme already in use: loading it sets no style again,
+    // which would polish every control anew.
+    const QStyle* style = QApplication::style();
     frmMain& w = start();
+    EXPECT_EQ(QApplication::style(), style);
 
     EXPECT_EQ(role(&w, QPalette::Window), c(Colour::CLR_BARSMENU_BACK));
     EXPECT_EQ(role(&w, QPalette::WindowText), c(Colour::CLR_MENU_COMMAND));

@@ -260,9 +260,12 @@ QStringList SchemeNames(const QStringList& lines) {
     return names;
 }
 
-QString LeggiColorStyle(const QString& choiceFile, const QString& schemeFile, ColorScheme& scheme) {
+QString LeggiColorStyle(const QString& choiceFile, const QString& schemeFile, ColorScheme& scheme,
+                        ReadFailure failure) {
     const QString routine = QStringLiteral("bColorStyle.LeggiColorStyle");
     auto logFailure = [&](const TextFile::Decoded& d, const QString& file) {
+        if (failure == ReadFailure::Quiet)
+            return;
         const int number = d.error == TextFile::ReadError::Missing ? 53 : 62;
         bError::wrtErr(routine, QStringLiteral("0"), number,
                        TextFile::describe(d.error) + QStringLiteral(": ") + file);
@@ -285,9 +288,9 @@ QString LeggiColorStyle(const QString& choiceFile, const QString& schemeFile, Co
     return name;
 }
 
-QString LeggiColorStyle(const Folders& folders, ColorScheme& scheme) {
+QString LeggiColorStyle(const Folders& folders, ColorScheme& scheme, ReadFailure failure) {
     return LeggiColorStyle(folders.pathFileImp + QLatin1String(kChoiceFileName),
-                           folders.pathFileImp + QLatin1String(kSchemeFileName), scheme);
+                           folders.pathFileImp + QLatin1String(kSchemeFileName), scheme, failure);
 }
 
 QList<Setting> SettingsFor(QStringView type, QStringView name) {

@@ -93,12 +93,18 @@ void ApplySchemeSection(const QStringList& lines, const QString& name, ColorSche
 // The names of the sections of a scheme file, in file order, each once.
 QStringList SchemeNames(const QStringList& lines);
 
+// Whether a reader writes a file it cannot read to the log.
+enum class ReadFailure { Logged, Quiet };
+
 // LeggiColorStyle: reads the scheme named by the choice file from the scheme file into
 // `scheme` and returns the name. A file that cannot be read leaves `scheme` as it was and
-// writes a step line to the log; without a choice the name is empty and nothing is read.
-QString LeggiColorStyle(const QString& choiceFile, const QString& schemeFile, ColorScheme& scheme);
+// writes a step line to the log (unless told to be quiet); without a choice the name is empty
+// and nothing is read.
+QString LeggiColorStyle(const QString& choiceFile, const QString& schemeFile, ColorScheme& scheme,
+                        ReadFailure failure = ReadFailure::Logged);
 // The same on the two files of the shared data folder.
-QString LeggiColorStyle(const Folders& folders, ColorScheme& scheme);
+QString LeggiColorStyle(const Folders& folders, ColorScheme& scheme,
+                        ReadFailure failure = ReadFailure::Logged);
 
 // ---- Colouring rules -----------------------------------------------------------------------
 

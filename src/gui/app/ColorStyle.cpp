@@ -698,6 +698,11 @@ void SetStyleColor(QTabWidget* tabs) {
 
 void applyProgramColorStyle(const ColorScheme& scheme, const QString& schemeName) {
     ProgramStyle& p = program();
+    // Applied already (before the window was built): setting the style again would polish every
+    // control anew for nothing.
+    if (p.scheme && *p.scheme == scheme && p.name == schemeName &&
+        dynamic_cast<SchemeStyle*>(QApplication::style()))
+        return;
     if (!p.savedPalette) {
         p.savedPalette = QApplication::palette();
         p.savedToolTipPalette = QToolTip::palette();
@@ -724,6 +729,13 @@ QString LeggiColorStyle(const Folders& folders) {
     if (!name.isEmpty())
         applyProgramColorStyle(scheme, name);
     return name;
+}
+
+void prepareProgramColorStyle(const Folders& folders) {
+    ColorScheme scheme;
+    const QString name = cs::LeggiColorStyle(folders, scheme, cs::ReadFailure::Quiet);
+    if (!name.isEmpty())
+        applyProgramColorStyle(scheme, name);
 }
 
 void clearProgramColorStyle() {

@@ -56,6 +56,10 @@ void applyProgramColorStyle(const ColorScheme& scheme, const QString& schemeName
 // Start-up: reads the scheme in use from the shared data folder and applies it. Returns the
 // scheme's name (empty, and nothing applied, when no scheme is chosen).
 QString LeggiColorStyle(const Folders& folders);
+// Before a window is built: applies the scheme LeggiColorStyle will read when the window loads,
+// so that its controls are made under the scheme instead of being polished all over again then.
+// Files that cannot be read are left for LeggiColorStyle to report.
+void prepareProgramColorStyle(const Folders& folders);
 // Back to the application's own palette; new windows are no longer coloured.
 void clearProgramColorStyle();
 // The scheme in use, nullptr before one is applied.

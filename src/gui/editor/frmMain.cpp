@@ -44,6 +44,7 @@ void phase(const char* line) {
 
 frmMain::frmMain(QWidget* parent) : QMainWindow(parent), m_texts(session().texts) {
     setObjectName(QStringLiteral("frmMain"));
+    prepareProgramColorStyle(session().folders);
     setWindowIcon(QIcon(QStringLiteral(":/quillora/quillora-48.png")));
     setDockNestingEnabled(true);
     m_texts = Texts::builtIn(session().currentLanguage);

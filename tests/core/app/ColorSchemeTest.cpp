@@ -130,6 +130,9 @@ TEST_F(SchemeFileTest, AMissingFileLeavesTheColoursAndIsLogged) {
     writeChoice({"[Schema]", "Dark"});
     EXPECT_EQ(read(scheme), "Dark");
     EXPECT_EQ(scheme, before);
+    // Read quietly (the window's early look before it loads), the same failure leaves no line.
+    EXPECT_EQ(LeggiColorStyle(choice(), schemes(), scheme, ReadFailure::Quiet), "Dark");
+    EXPECT_EQ(scheme, before);
 
     // A program that never read a scheme has black everywhere.
     ColorScheme fresh;
