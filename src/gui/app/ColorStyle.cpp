@@ -261,8 +261,10 @@ QString dockSheet(const ColorScheme& scheme) {
         .arg(c(DockPart::Text), c(DockPart::PaneTitle), c(DockPart::Workspace));
 }
 
+// Whether `scheme` is the program's: its style is installed then, and every window takes the
+// scheme when first shown.
+bool isProgramScheme(const ColorScheme& scheme);
 bool styleDrawsSeparators(const QWidget* window, const ColorScheme& scheme);
-bool colouredWhenShown(const ColorScheme& scheme);
 
 void applySheets(QWidget* w, const ColorScheme& scheme) {
     if (qobject_cast<QMainWindow*>(w)) {
@@ -396,7 +398,7 @@ void colourTree(QWidget* parent, const ColorScheme& scheme) {
             // Menus, drop-down lists, owned dialogs: windows of their own. Under the program's
             // scheme a hidden one takes it when first shown; colouring them all here, few of which
             // a session ever opens, would cost a start as much as the rest of its window.
-            if (!w->isVisible() && colouredWhenShown(scheme))
+            if (!w->isVisible() && isProgramScheme(scheme))
                 continue;
             colourWindow(w, scheme);
             continue;
@@ -503,14 +505,13 @@ ProgramStyle& program() {
     return p;
 }
 
-bool styleDrawsSeparators(const QWidget* window, const ColorScheme& scheme) {
+bool isProgramScheme(const ColorScheme& scheme) {
     const ProgramStyle& p = program();
-    return p.scheme && *p.scheme == scheme && dynamic_cast<SchemeStyle*>(window->style());
+    return p.scheme && *p.scheme == scheme;
 }
 
-bool colouredWhenShown(const ColorScheme& scheme) {
-    const ProgramStyle& p = program();
-    return p.scheme && *p.scheme == scheme && p.colourer;
+bool styleDrawsSeparators(const QWidget* window, const ColorScheme& scheme) {
+    return isProgramScheme(scheme) && dynamic_cast<SchemeStyle*>(window->style());
 }
 
 // Colours every window the first time it is shown under the current scheme.
@@ -700,7 +701,7 @@ void applyProgramColorStyle(const ColorScheme& scheme, const QString& schemeName
     ProgramStyle& p = program();
     // Applied already (before the window was built): setting the style again would polish every
     // control anew for nothing.
-    if (p.scheme && *p.scheme == scheme && p.name == schemeName &&
+    if (isProgramScheme(scheme) && p.name == schemeName &&
         dynamic_cast<SchemeStyle*>(QApplication::style()))
         return;
     if (!p.savedPalette) {

@@ -24,7 +24,7 @@ SourceView::SourceView(QWidget* parent) : QsciScintilla(parent) {
     setTabWidth(4);
     m_lexer = new QsciLexerHTML(this);
     // One fixed-pitch font for every kind of text: the lexer's own choices mix proportional
-    // families (serif for text, sans for comments) that fonts-config must stand in for, one
+    // families (serif for text, sans for comments) that fontconfig must stand in for, one
     // lookup each the first time text is shown.
     const QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
     m_lexer->setDefaultFont(fixed);
