@@ -8,6 +8,18 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QSaveFile>
+#include <QSet>
+
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include <fcntl.h>
 #include <sys/mman.h>
 
 namespace quillora::MessageFile {
@@ -22,45 +34,137 @@ constexpr QStringView kEndObjectLine = u"[<END-OBJECT>]\r\n";
 // Input read per step when embedding a file: whole Base64 lines, about half a megabyte.
 constexpr qint64 kChunkBytes = clsBase64::kLineBytes * 8192;
 
-// Buffers UTF-16LE output and hands it to the device in large blocks.
+// Buffers UTF-16LE output in large blocks. Once the output outgrows one block, a second thread
+// hands the full blocks to the device while the caller fills the next one, and asks the system to
+// start writing them to the disk, so that the final sync only waits for the last few.
 class Utf16Writer {
 public:
-    explicit Utf16Writer(QIODevice& out) : m_out(out) { m_buffer.reserve(kBufferUnits); }
+    explicit Utf16Writer(QFileDevice& out) : m_out(out), m_fd(out.handle()) {}
+    ~Utf16Writer() { finish(); }
+    Utf16Writer(const Utf16Writer&) = delete;
+    Utf16Writer& operator=(const Utf16Writer&) = delete;
 
     void bom() { put(u"\xFEFF"); }
     void put(QStringView text) {
-        if (m_buffer.size() + text.size() > kBufferUnits)
-            flush();
-        if (text.size() > kBufferUnits)
-            writeRaw(text.utf16(), text.size());
-        else
-            m_buffer.append(text);
+        while (!text.isEmpty()) {
+            if (m_fill.size == m_fill.capacity)
+                hand();
+            const qsizetype n = std::min(m_fill.capacity - m_fill.size, text.size());
+            std::copy_n(text.utf16(), n, m_fill.data.get() + m_fill.size);
+            m_fill.size += n;
+            text = text.sliced(n);
+        }
     }
     void line(QStringView text) {
         put(text);
         put(kCrLf);
     }
-    void writeRaw(const char16_t* data, qsizetype units) {
-        flush();
-        const qint64 bytes = qint64(units) * 2;
-        if (m_ok && m_out.write(reinterpret_cast<const char*>(data), bytes) != bytes)
-            m_ok = false;
+    // Room for units more characters at the end of the output; commit(units) keeps them.
+    char16_t* reserve(qsizetype units) {
+        if (m_fill.capacity - m_fill.size < units)
+            hand();
+        if (m_fill.capacity < units)
+            m_fill = Block(units);
+        return m_fill.data.get() + m_fill.size;
     }
-    void flush() {
-        if (m_buffer.isEmpty())
-            return;
-        const qint64 bytes = qint64(m_buffer.size()) * 2;
-        if (m_ok && m_out.write(reinterpret_cast<const char*>(m_buffer.utf16()), bytes) != bytes)
-            m_ok = false;
-        m_buffer.resize(0);
+    void commit(qsizetype units) { m_fill.size += units; }
+    // Writes what is left and waits until it is with the device; the output is complete when
+    // ok() says so afterwards.
+    void finish() {
+        if (m_thread.joinable()) {
+            {
+                std::lock_guard lock(m_mutex);
+                if (m_fill.size > 0)
+                    m_full.push_back(std::move(m_fill));
+                m_ending = true;
+            }
+            m_changed.notify_all();
+            m_thread.join();
+        } else if (m_fill.size > 0) {
+            send(m_fill);
+        }
+        m_fill.size = 0;
     }
-    bool ok() const { return m_ok; }
+    bool ok() const { return m_ok.load(std::memory_order_relaxed); }
 
 private:
-    static constexpr qsizetype kBufferUnits = 1 << 20;
-    QIODevice& m_out;
-    QString m_buffer;
-    bool m_ok = true;
+    struct Block {
+        Block() = default;
+        explicit Block(qsizetype units)
+            : data(std::make_unique_for_overwrite<char16_t[]>(size_t(units))), capacity(units) {}
+        std::unique_ptr<char16_t[]> data;
+        qsizetype size = 0;
+        qsizetype capacity = 0;
+    };
+    static constexpr qsizetype kBlockUnits = 2 << 20;
+    static constexpr int kBlocks = 3;
+    static constexpr qint64 kWriteBackBytes = 8 << 20;
+
+    // Passes the filled block on and takes an empty one.
+    void hand() {
+        if (m_fill.size == 0) {
+            if (m_fill.capacity == 0)
+                m_fill = Block(kBlockUnits);
+            return;
+        }
+        if (!m_thread.joinable())
+            m_thread = std::thread([this] { drain(); });
+        std::unique_lock lock(m_mutex);
+        m_full.push_back(std::move(m_fill));
+        m_changed.notify_all();
+        m_changed.wait(lock, [this] { return !m_free.empty() || m_blocks < kBlocks; });
+        if (m_free.empty()) {
+            ++m_blocks;
+            m_fill = Block(kBlockUnits);
+        } else {
+            m_fill = std::move(m_free.back());
+            m_free.pop_back();
+        }
+        m_fill.size = 0;
+    }
+    // The writing thread.
+    void drain() {
+        std::unique_lock lock(m_mutex);
+        for (;;) {
+            m_changed.wait(lock, [this] { return !m_full.empty() || m_ending; });
+            if (m_full.empty())
+                return;
+            Block b = std::move(m_full.front());
+            m_full.pop_front();
+            lock.unlock();
+            send(b);
+            lock.lock();
+            m_free.push_back(std::move(b));
+            m_changed.notify_all();
+        }
+    }
+    void send(const Block& b) {
+        const qint64 bytes = qint64(b.size) * 2;
+        if (!ok() || m_out.write(reinterpret_cast<const char*>(b.data.get()), bytes) != bytes) {
+            m_ok = false;
+            return;
+        }
+        m_written += bytes;
+        if (m_fd >= 0 && m_written - m_started >= kWriteBackBytes && m_out.flush()) {
+            ::sync_file_range(m_fd, m_started, m_written - m_started, SYNC_FILE_RANGE_WRITE);
+            m_started = m_written;
+        }
+    }
+
+    QFileDevice& m_out;
+    const int m_fd;
+    Block m_fill{kBlockUnits};
+    std::atomic<bool> m_ok = true;
+    std::thread m_thread;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::deque<Block> m_full;
+    std::vector<Block> m_free;
+    int m_blocks = 1;
+    bool m_ending = false;
+    // Only the writing thread uses these once it runs.
+    qint64 m_written = 0;
+    qint64 m_started = 0;
 };
 
 // Embeds one file as Base64 lines; the caller writes the lines around it.
@@ -70,7 +174,6 @@ QString writeObject(Utf16Writer& out, const QString& path, qint64& done, qint64 
     if (!in.open(QIODevice::ReadOnly))
         return QStringLiteral("Cannot read the file %1: %2").arg(path, in.errorString());
     QByteArray chunk(kChunkBytes, Qt::Uninitialized);
-    std::u16string encoded;
     bool first = true;
     for (;;) {
         const qint64 n = in.read(chunk.data(), kChunkBytes);
@@ -83,9 +186,11 @@ QString writeObject(Utf16Writer& out, const QString& path, qint64& done, qint64 
         if (!first)
             out.put(kCrLf);
         first = false;
-        encoded.resize(size_t(clsBase64::encodedLength(n)));
-        clsBase64::encode(reinterpret_cast<const uchar*>(chunk.constData()), n, encoded.data());
-        out.writeRaw(encoded.data(), qsizetype(encoded.size()));
+        const qsizetype units = clsBase64::encodedLength(n);
+        clsBase64::encode(reinterpret_cast<const uchar*>(chunk.constData()), n, out.reserve(units));
+        out.commit(units);
+        if (!out.ok())
+            break; // the device failed; the caller reports it
         done += n;
         if (progress)
             progress(done, total);
@@ -146,6 +251,7 @@ SaveResult write(const MessageDocument& doc, const QString& path, const SaveOpti
         out.line(kIniFile.toString() + storedPathOf(o) + QStringLiteral(">]"));
         const QString error = writeObject(out, o, done, total, options.progress);
         if (!error.isEmpty()) {
+            out.finish();
             file.cancelWriting();
             result.description = error;
             return result;
@@ -154,7 +260,7 @@ SaveResult write(const MessageDocument& doc, const QString& path, const SaveOpti
         out.line(kEndFile);
     }
     out.line(u"[<END-OBJECT>]");
-    out.flush();
+    out.finish();
     if (!out.ok() || !file.commit()) {
         result.description = file.errorString();
         if (result.description.isEmpty())
@@ -294,6 +400,229 @@ qint64 decodedSize(QStringView b64) {
     return chars / 4 * 3 + (rem == 2 ? 1 : rem == 3 ? 2 : 0);
 }
 
+// Writes embedded files back while the reader goes on through the text: the objects are
+// independent, so with more than one core they are decoded side by side. Progress is reported on
+// the caller's thread only, in bytes of object text restored so far.
+class Restorer {
+public:
+    Restorer(qint64 total, const Progress& progress) : m_total(total), m_progress(progress) {}
+    ~Restorer() { finish(); }
+
+    // Queues one object; index is its place in the content's object list, keep holds the text
+    // when data does not point into the file. A second object for the same file waits until
+    // all others are written, so the last one still wins, as when they are written in turn.
+    void add(qsizetype index, QStringView data, QString target, qint64 span,
+             std::shared_ptr<QString> keep) {
+        Job job{index, data, std::move(target), span, std::move(keep)};
+        if (m_targets.contains(job.target)) {
+            m_deferred.push_back(std::move(job));
+            return;
+        }
+        m_targets.insert(job.target);
+        std::unique_lock lock(m_mutex);
+        m_jobs.push_back(std::move(job));
+        if (m_workers.empty() && m_total >= kParallelChars) {
+            const unsigned cores = std::clamp(std::thread::hardware_concurrency(), 1u, 4u);
+            for (unsigned i = 1; i < cores; ++i)
+                m_workers.emplace_back([this] { work(false); });
+        }
+        m_wake.notify_one();
+    }
+    // Marks that no more objects come; without helpers the caller restores them all itself.
+    void finish() {
+        {
+            std::lock_guard lock(m_mutex);
+            if (m_finished)
+                return;
+            m_finished = true;
+        }
+        m_wake.notify_all();
+        work(true);
+        for (std::thread& t : m_workers)
+            t.join();
+        m_workers.clear();
+        for (Job& job : m_deferred)
+            restore(job);
+        m_deferred.clear();
+        report();
+    }
+    // Fills in what was restored and returns the failures, in object order.
+    std::vector<QString> takeWarnings(QList<StoredObject>& objects) {
+        std::vector<QString> warnings(size_t(objects.size()));
+        for (Done& d : m_done) {
+            StoredObject& o = objects[d.index];
+            if (d.result.ok()) {
+                o.restoredPath = d.target;
+                o.size = d.result.bytes;
+            } else {
+                warnings[size_t(d.index)] =
+                    QStringLiteral("The embedded file %1 could not be restored: %2")
+                        .arg(o.name, d.result.error);
+            }
+        }
+        return warnings;
+    }
+
+private:
+    struct Job {
+        qsizetype index;
+        QStringView data;
+        QString target;
+        qint64 span;
+        std::shared_ptr<QString> keep;
+    };
+    struct Done {
+        qsizetype index;
+        QString target;
+        clsBase64::WriteResult result;
+    };
+    static constexpr qint64 kParallelChars = 4 << 20;
+
+    // The caller's thread runs this once the text is read through; helpers run it from the start
+    // and wait for work while the reader has not finished.
+    void work(bool caller) {
+        std::unique_lock lock(m_mutex);
+        for (;;) {
+            if (m_jobs.empty()) {
+                if (m_finished) {
+                    if (!caller)
+                        return;
+                    // Wait for the helpers' last files, reporting each as it lands.
+                    if (m_running == 0)
+                        return;
+                    m_landed.wait(lock);
+                    lock.unlock();
+                    report();
+                    lock.lock();
+                    continue;
+                }
+                m_wake.wait(lock);
+                continue;
+            }
+            Job job = std::move(m_jobs.front());
+            m_jobs.pop_front();
+            ++m_running;
+            lock.unlock();
+            clsBase64::WriteResult result = clsBase64::ConvertiInFile(job.data, job.target);
+            lock.lock();
+            --m_running;
+            land(job, std::move(result));
+            m_landed.notify_all();
+            if (caller) {
+                lock.unlock();
+                report();
+                lock.lock();
+            }
+        }
+    }
+    // Called with the lock held.
+    void land(Job& job, clsBase64::WriteResult result) {
+        m_restored += job.span;
+        m_done.push_back({job.index, std::move(job.target), std::move(result)});
+    }
+    void restore(Job& job) {
+        clsBase64::WriteResult result = clsBase64::ConvertiInFile(job.data, job.target);
+        {
+            std::lock_guard lock(m_mutex);
+            land(job, std::move(result));
+        }
+        report();
+    }
+    void report() {
+        if (!m_progress)
+            return;
+        qint64 restored;
+        {
+            std::lock_guard lock(m_mutex);
+            restored = m_restored;
+        }
+        if (restored != m_reported) {
+            m_reported = restored;
+            m_progress(restored, m_total);
+        }
+    }
+
+    const qint64 m_total;
+    const Progress& m_progress;
+    std::mutex m_mutex;
+    std::condition_variable m_wake;
+    std::condition_variable m_landed;
+    std::deque<Job> m_jobs;
+    std::vector<Job> m_deferred;
+    QSet<QString> m_targets;
+    std::vector<Done> m_done;
+    std::vector<std::thread> m_workers;
+    qint64 m_restored = 0;
+    qint64 m_reported = -1;
+    int m_running = 0;
+    bool m_finished = false;
+};
+
+// Lists the objects of the object section into content and queues each restorable one.
+// Returns the warning of each object, or an empty text.
+std::vector<QString> scanObjects(QStringView section, Content& c, const QString& restoreFolder,
+                                 Restorer& restorer) {
+    std::vector<QString> warnings;
+    qsizetype at = section.indexOf(kIniFile);
+    const QString endFileLine = kEndFile.toString() + kCrLf.toString();
+    while (at >= 0) {
+        const qsizetype start = at + kIniFile.size();
+        // Base64 holds no "[": the first one after the data is its end marker, and the next
+        // object starts right after that. The files are large, so this saves a pass over them;
+        // anything unusual is split at every "[<INI-FILE:" as always.
+        qsizetype next = -1;
+        qsizetype close = section.indexOf(u">]", start);
+        qsizetype bracket = close < 0 ? -1 : section.indexOf(u'[', close + 2);
+        bool quick = false;
+        if (bracket >= 0 && !section.sliced(start, close - start).contains(kIniFile) &&
+            section.sliced(bracket).startsWith(endFileLine)) {
+            const QStringView rest = section.sliced(bracket + endFileLine.size());
+            if (rest.startsWith(kIniFile)) {
+                next = bracket + endFileLine.size();
+                quick = true;
+            } else if (rest == kEndObjectLine) {
+                quick = true;
+            }
+        }
+        if (!quick) {
+            next = section.indexOf(kIniFile, start);
+            if (next >= 0 && close >= next)
+                close = -1;
+            if (close >= 0)
+                bracket = section.first(next < 0 ? section.size() : next).indexOf(u'[', close + 2);
+        }
+        const QStringView piece = section.sliced(start, (next < 0 ? section.size() : next) - start);
+        at = next;
+        StoredObject o;
+        if (close >= 0) {
+            close -= start;
+            bracket = bracket < 0 ? -1 : bracket - start - close - 2;
+        }
+        o.storedPath = (close < 0 ? piece : piece.first(close)).toString();
+        // A piece in an unusual layout is decoded from a copy, which the queue must keep.
+        auto scratch = std::make_shared<QString>();
+        const QStringView data =
+            close < 0 ? QStringView() : objectData(piece.sliced(close + 2), *scratch, bracket);
+        // Restoring learns the size from the decoder; listing counts characters.
+        if (restoreFolder.isEmpty())
+            o.size = decodedSize(data);
+        const auto name = References::safeFileName(o.storedPath);
+        warnings.emplace_back();
+        if (!name) {
+            warnings.back() =
+                QStringLiteral("An embedded file with the unusable name \"%1\" was skipped")
+                    .arg(o.storedPath.left(200));
+        } else {
+            o.name = *name;
+            if (!restoreFolder.isEmpty())
+                restorer.add(c.objects.size(), data, withTrailingSlash(restoreFolder) + o.name,
+                             piece.size(), std::move(scratch));
+        }
+        c.objects << o;
+    }
+    return warnings;
+}
+
 } // namespace
 
 QString withMessageExtension(const QString& path) {
@@ -389,72 +718,16 @@ ReadResult read(const QString& path, const QString& restoreFolder, const Progres
     }
     // Objects come only from after the body, so a body quoting the markers restores nothing.
     const QStringView section = text.sliced(lines.position());
-    qsizetype at = section.indexOf(kIniFile);
-    qint64 done = 0;
     const qint64 total = section.size();
-    const QString endFileLine = kEndFile.toString() + kCrLf.toString();
-    while (at >= 0) {
-        const qsizetype start = at + kIniFile.size();
-        // Base64 holds no "[": the first one after the data is its end marker, and the next
-        // object starts right after that. The files are large, so this saves a pass over them;
-        // anything unusual is split at every "[<INI-FILE:" as always.
-        qsizetype next = -1;
-        qsizetype close = section.indexOf(u">]", start);
-        qsizetype bracket = close < 0 ? -1 : section.indexOf(u'[', close + 2);
-        bool quick = false;
-        if (bracket >= 0 && !section.sliced(start, close - start).contains(kIniFile) &&
-            section.sliced(bracket).startsWith(endFileLine)) {
-            const QStringView rest = section.sliced(bracket + endFileLine.size());
-            if (rest.startsWith(kIniFile)) {
-                next = bracket + endFileLine.size();
-                quick = true;
-            } else if (rest == kEndObjectLine) {
-                quick = true;
-            }
-        }
-        if (!quick) {
-            next = section.indexOf(kIniFile, start);
-            if (next >= 0 && close >= next)
-                close = -1;
-            if (close >= 0)
-                bracket = section.first(next < 0 ? section.size() : next).indexOf(u'[', close + 2);
-        }
-        const QStringView piece = section.sliced(start, (next < 0 ? section.size() : next) - start);
-        at = next;
-        StoredObject o;
-        if (close >= 0) {
-            close -= start;
-            bracket = bracket < 0 ? -1 : bracket - start - close - 2;
-        }
-        o.storedPath = (close < 0 ? piece : piece.first(close)).toString();
-        QString scratch;
-        const QStringView data =
-            close < 0 ? QStringView() : objectData(piece.sliced(close + 2), scratch, bracket);
-        // Restoring learns the size from the decoder; listing counts characters.
-        if (restoreFolder.isEmpty())
-            o.size = decodedSize(data);
-        const auto name = References::safeFileName(o.storedPath);
-        if (!name) {
-            c.warnings << QStringLiteral(
-                              "An embedded file with the unusable name \"%1\" was skipped")
-                              .arg(o.storedPath.left(200));
-        } else {
-            o.name = *name;
-            if (!restoreFolder.isEmpty()) {
-                const QString target = withTrailingSlash(restoreFolder) + o.name;
-                const clsBase64::WriteResult w = clsBase64::ConvertiInFile(data, target);
-                if (w.ok()) {
-                    o.restoredPath = target;
-                    o.size = w.bytes;
-                } else
-                    c.warnings << QStringLiteral("The embedded file %1 could not be restored: %2")
-                                      .arg(o.name, w.error);
-            }
-        }
-        c.objects << o;
-        done = start + piece.size();
-        if (progress)
-            progress(done, total);
+    Restorer restorer(total, progress);
+    const std::vector<QString> found = scanObjects(section, c, restoreFolder, restorer);
+    restorer.finish();
+    const std::vector<QString> restored = restorer.takeWarnings(c.objects);
+    for (size_t i = 0; i < found.size(); ++i) {
+        if (!found[i].isEmpty())
+            c.warnings << found[i];
+        if (!restored[i].isEmpty())
+            c.warnings << restored[i];
     }
     return r;
 }

@@ -7,9 +7,13 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QRandomGenerator>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+
+#include <csignal>
+#include <sys/resource.h>
 
 using namespace quillora;
 
@@ -370,6 +374,84 @@ TEST_F(MessageFileTest, FailedSaveLeavesThePreviousFileExactly) {
     const auto noFolder = MessageFile::SalvaMessaggio(d, root + "nowhere/x.mssx");
     EXPECT_FALSE(noFolder.ok());
     EXPECT_TRUE(noFolder.description.contains("\r\nPath: " + root + "nowhere/\r\nFile: x.mssx"));
+}
+
+QByteArray randomBytes(qsizetype n, quint32 seed) {
+    QByteArray b(n, Qt::Uninitialized);
+    QRandomGenerator g(seed);
+    for (char& c : b)
+        c = char(g.bounded(256));
+    return b;
+}
+
+// The Base64 lines of bytes as the file holds them, CR LF between the lines.
+QString base64Lines(const QByteArray& bytes) {
+    const QByteArray all = bytes.toBase64();
+    QStringList lines;
+    for (qsizetype at = 0; at < all.size(); at += 76)
+        lines << QString::fromLatin1(all.mid(at, 76));
+    return lines.join("\r\n");
+}
+
+// Megabytes of files: written in blocks by a second thread, restored side by side. The text
+// must be what one piece at a time gives, and of two files with one name the later one wins.
+TEST_F(MessageFileTest, BigMessageTravelsWholeAndTheLaterOfTwoSameNamedFilesWins) {
+    const QByteArray first = randomBytes(3'000'000, 1), second = randomBytes(3'000'000, 2),
+                     third = randomBytes(3'100'017, 3), odd = randomBytes(1'000'001, 4);
+    writeBytes(root + "news/a/pic.jpg", first);
+    writeBytes(root + "news/b/pic.jpg", second);
+    writeBytes(root + "news/big.bin", third);
+    writeBytes(root + "news/odd.bin", odd);
+    MessageDocument d = docWith("<img src=\"a/pic.jpg\"><img src=\"big.bin\">"
+                                "<img src=\"b/pic.jpg\"><img src=\"odd.bin\">");
+    ASSERT_TRUE(MessageFile::SalvaMessaggio(d, root + "news/big.mssx").ok());
+    const QString text = fileText(root + "news/big.mssx");
+    for (const QByteArray* bytes : {&first, &second, &third, &odd})
+        EXPECT_TRUE(text.contains(">]\r\n" + base64Lines(*bytes) + "\r\n[<END-FILE>]\r\n"));
+
+    QList<std::pair<qint64, qint64>> steps;
+    const auto r =
+        MessageFile::read(root + "news/big.mssx", root + "out",
+                          [&](qint64 done, qint64 total) { steps << std::pair(done, total); });
+    ASSERT_TRUE(r.ok()) << r.error.toStdString();
+    EXPECT_TRUE(r.content.warnings.isEmpty());
+    ASSERT_EQ(r.content.objects.size(), 4);
+    EXPECT_EQ(r.content.objects[2].size, second.size());
+    EXPECT_EQ(readBytes(root + "out/pic.jpg"), second);
+    EXPECT_EQ(readBytes(root + "out/big.bin"), third);
+    EXPECT_EQ(readBytes(root + "out/odd.bin"), odd);
+    ASSERT_FALSE(steps.isEmpty());
+    for (qsizetype i = 1; i < steps.size(); ++i)
+        EXPECT_GT(steps[i].first, steps[i - 1].first);
+    EXPECT_LE(steps.back().first, steps.back().second);
+    EXPECT_GT(steps.back().first, steps.back().second * 99 / 100);
+}
+
+// The device refusing more bytes halfway through (a full disk) fails the save and leaves the
+// earlier file as it was.
+TEST_F(MessageFileTest, WriteRefusedHalfwayKeepsTheEarlierFile) {
+    writeBytes(root + "news/big.bin", randomBytes(6'000'000, 5));
+    MessageDocument d = docWith("<img src=\"big.bin\">");
+    ASSERT_TRUE(MessageFile::SalvaMessaggio(d, root + "news/keep.mssx").ok());
+    const QByteArray before = readBytes(root + "news/keep.mssx");
+    writeBytes(root + "news/big.bin", randomBytes(6'000'000, 6));
+
+    // Past the limit, writes fail with EFBIG instead of the signal.
+    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit old{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &old), 0);
+    rlimit low = old;
+    low.rlim_cur = 5'000'000;
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &low), 0);
+    const auto r = MessageFile::SalvaMessaggio(d, root + "news/keep.mssx");
+    setrlimit(RLIMIT_FSIZE, &old);
+    std::signal(SIGXFSZ, oldHandler);
+
+    EXPECT_FALSE(r.ok());
+    EXPECT_FALSE(r.description.isEmpty());
+    EXPECT_EQ(readBytes(root + "news/keep.mssx"), before);
+    EXPECT_EQ(QDir(root + "news").entryList(QDir::Files),
+              QStringList({"bg.gif", "big.bin", "keep.mssx"}));
 }
 
 TEST_F(MessageFileTest, SpamCheckCopyKeepsTheDocumentUnsaved) {
