@@ -692,6 +692,11 @@ void SetStyleColor(QTabWidget* tabs, const ColorScheme& scheme, const QString& s
     });
 }
 
+void prepareSchemeSheets(QWidget* container) {
+    if (const ColorScheme* scheme = programColorScheme())
+        applySheets(container, *scheme);
+}
+
 void SetStyleColor(QTabWidget* tabs) {
     if (const ColorScheme* scheme = programColorScheme())
         SetStyleColor(tabs, *scheme, programColorSchemeName());

@@ -60,6 +60,10 @@ QString LeggiColorStyle(const Folders& folders);
 // so that its controls are made under the scheme instead of being polished all over again then.
 // Files that cannot be read are left for LeggiColorStyle to report.
 void prepareProgramColorStyle(const Folders& folders);
+// Before a container is filled: gives it, and what it holds so far, the style sheets the
+// program's scheme gives them, so that the controls put in it later are polished once, under
+// them, instead of again when the window is coloured. Nothing before a scheme is in use.
+void prepareSchemeSheets(QWidget* container);
 // Back to the application's own palette; new windows are no longer coloured.
 void clearProgramColorStyle();
 // The scheme in use, nullptr before one is applied.

@@ -68,8 +68,9 @@ void frmMain::buildPages() {
     Tbs->setObjectName(QStringLiteral("Tbs"));
     Tbs->setDocumentMode(true);
     Tbs->setTabPosition(QTabWidget::South);
-    // Set before the pages are in: set later, the sheet would polish them all again.
+    // Set before the pages are in: set later, the sheets would polish them all again.
     Tbs->setStyleSheet(QStringLiteral("QTabBar::tab:selected { font-weight: bold; }"));
+    SetStyleColor(Tbs);
     DHTML = new VisualSurface(true, Tbs);
     DHTML->setObjectName(QStringLiteral("DHTML"));
     CODE = new SourceView(Tbs);
@@ -122,6 +123,7 @@ void frmMain::buildPages() {
 void frmMain::buildPanes() {
     dckAllegati = new QDockWidget(QStringLiteral("Attachments"), this);
     dckAllegati->setObjectName(QStringLiteral("dckAllegati"));
+    prepareSchemeSheets(dckAllegati);
     m_allegati = new frmAllegati(dckAllegati);
     dckAllegati->setWidget(m_allegati);
     connect(m_allegati, &frmAllegati::modified, this, &frmMain::Modificato);

@@ -4,6 +4,7 @@
 #include "core/app/bError.h"
 #include "core/editor/ElementProperties.h"
 #include "core/editor/UnsubscribeLink.h"
+#include "gui/app/ColorStyle.h"
 #include "gui/app/Dialogs.h"
 #include "gui/app/LanguageApplier.h"
 #include "gui/app/Reported.h"
@@ -68,6 +69,7 @@ QString hexColour(const QString& written) {
 void frmMain::buildPropertyPane() {
     dckProperty = new QDockWidget(QStringLiteral("Element properties"), this);
     dckProperty->setObjectName(QStringLiteral("dckProperty"));
+    prepareSchemeSheets(dckProperty);
     m_attributi = new frmAttributi(dckProperty);
     dckProperty->setWidget(m_attributi);
     m_visualPanes << dckProperty;

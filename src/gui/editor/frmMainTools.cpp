@@ -4,6 +4,7 @@
 #include "core/app/TextFile.h"
 #include "core/message/References.h"
 #include "core/tools/TemplateStore.h"
+#include "gui/app/ColorStyle.h"
 #include "gui/app/LanguageApplier.h"
 #include "gui/app/Reported.h"
 #include "gui/app/Session.h"
@@ -30,6 +31,7 @@ namespace quillora::gui {
 void frmMain::buildToolPanes() {
     dckMemory = new QDockWidget(QStringLiteral("Memory"), this);
     dckMemory->setObjectName(QStringLiteral("dckMemory"));
+    prepareSchemeSheets(dckMemory);
     m_memory = new frmMemory(dckMemory);
     dckMemory->setWidget(m_memory);
     connect(m_memory, &frmMemory::helpText, stcHelp, &QLabel::setText);
