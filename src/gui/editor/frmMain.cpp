@@ -23,6 +23,8 @@
 #include <QCloseEvent>
 #include <QDockWidget>
 #include <QFile>
+#include <QFontDatabase>
+#include <QFontMetrics>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QProcess>
@@ -34,21 +36,37 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
+#include <thread>
+
 namespace quillora::gui {
 
 namespace {
 void phase(const char* line) {
     bError::wrtErrFree(QString::fromLatin1(line));
 }
+
+// The first text the window measures loads the font database, a few milliseconds of work that
+// another thread does meanwhile; the font database may be used from any thread. It is done
+// before the web engine starts: the engine sets the font library up as well, unguarded, and two
+// threads setting it up at once can corrupt it.
+std::jthread loadFontsMeanwhile() {
+    return std::jthread([] {
+        QFontDatabase::families();
+        QFontMetrics(QGuiApplication::font()).height();
+    });
+}
 } // namespace
 
 frmMain::frmMain(QWidget* parent) : QMainWindow(parent), m_texts(session().texts) {
     setObjectName(QStringLiteral("frmMain"));
-    prepareProgramColorStyle(session().folders);
-    setWindowIcon(QIcon(QStringLiteral(":/quillora/quillora-48.png")));
-    setDockNestingEnabled(true);
-    m_texts = Texts::builtIn(session().currentLanguage);
-    m_bars.build(this, [this](const QString& id) { Dks_CommandClick(id); });
+    {
+        const std::jthread fonts = loadFontsMeanwhile();
+        prepareProgramColorStyle(session().folders);
+        setWindowIcon(QIcon(QStringLiteral(":/quillora/quillora-48.png")));
+        setDockNestingEnabled(true);
+        m_texts = Texts::builtIn(session().currentLanguage);
+        m_bars.build(this, [this](const QString& id) { Dks_CommandClick(id); });
+    }
     buildPages();
     buildPanes();
     connectPages();
