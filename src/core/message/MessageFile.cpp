@@ -502,11 +502,8 @@ private:
             Job job = std::move(m_jobs.front());
             m_jobs.pop_front();
             ++m_running;
-            lock.unlock();
-            clsBase64::WriteResult result = clsBase64::ConvertiInFile(job.data, job.target);
-            lock.lock();
+            run(job, lock);
             --m_running;
-            land(job, std::move(result));
             m_landed.notify_all();
             if (caller) {
                 lock.unlock();
@@ -515,16 +512,18 @@ private:
             }
         }
     }
-    // Called with the lock held.
-    void land(Job& job, clsBase64::WriteResult result) {
+    // Writes one file with the lock released, and counts it in with the lock held again.
+    void run(Job& job, std::unique_lock<std::mutex>& lock) {
+        lock.unlock();
+        clsBase64::WriteResult result = clsBase64::ConvertiInFile(job.data, job.target);
+        lock.lock();
         m_restored += job.span;
         m_done.push_back({job.index, std::move(job.target), std::move(result)});
     }
     void restore(Job& job) {
-        clsBase64::WriteResult result = clsBase64::ConvertiInFile(job.data, job.target);
         {
-            std::lock_guard lock(m_mutex);
-            land(job, std::move(result));
+            std::unique_lock lock(m_mutex);
+            run(job, lock);
         }
         report();
     }
