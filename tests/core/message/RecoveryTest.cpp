@@ -178,8 +178,10 @@ TEST(RecoveryInBackground, AnEditorEndingMidCopyLeavesAWholeCopyOrNone) {
     const QString data = dir.filePath("data/");
     {
         Recovery::Writer w(data);
-        w.post(withSubject(QStringLiteral("Being written")), QString());
-        w.post(withSubject(QStringLiteral("Never started")), QString());
+        // The second request either waits behind the first (and is dropped) or, when the
+        // writer had not picked the first up yet, takes its place.
+        w.post(withSubject(QStringLiteral("First")), QString());
+        w.post(withSubject(QStringLiteral("Second")), QString());
     }
     const QStringList left =
         QDir(Recovery::folder(data)).entryList({QStringLiteral("*.mssx*")}, QDir::Files);
@@ -187,6 +189,8 @@ TEST(RecoveryInBackground, AnEditorEndingMidCopyLeavesAWholeCopyOrNone) {
     if (!left.isEmpty()) {
         const MessageFile::ReadResult r = MessageFile::read(Recovery::folder(data) + left.front());
         ASSERT_TRUE(r.ok()) << r.error.toStdString();
-        EXPECT_EQ(r.content.subject, QStringLiteral("Being written"));
+        EXPECT_TRUE(r.content.subject == QStringLiteral("First") ||
+                    r.content.subject == QStringLiteral("Second"))
+            << r.content.subject.toStdString();
     }
 }
