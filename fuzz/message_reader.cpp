@@ -1,4 +1,5 @@
-// Any file given to the reader: no crash, and nothing written outside the restore folder.
+// Any file given to the reader: no crash, nothing written outside the restore folder, and the
+// same objects whether they are restored or only listed.
 #include "core/message/MessageFile.h"
 
 #include <QDir>
@@ -20,8 +21,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     const MessageFile::ReadResult r = MessageFile::read(input, restore);
     if (r.ok()) {
-        for (const auto& o : r.content.objects) {
+        // Restoring guesses where objects end; listing looks every end up. Both must find the
+        // same objects, and every restored one at its listed size.
+        const MessageFile::ReadResult listed = MessageFile::read(input, QString());
+        if (!listed.ok() || listed.content.objects.size() != r.content.objects.size())
+            abort();
+        for (qsizetype i = 0; i < r.content.objects.size(); ++i) {
+            const auto& o = r.content.objects[i];
             if (!o.restoredPath.isEmpty() && !o.restoredPath.startsWith(restore))
+                abort();
+            const auto& l = listed.content.objects[i];
+            if (o.storedPath != l.storedPath || o.name != l.name)
+                abort();
+            if (!o.restoredPath.isEmpty() && o.size != l.size)
                 abort();
         }
     }

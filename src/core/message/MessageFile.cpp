@@ -403,23 +403,36 @@ qint64 decodedSize(QStringView b64) {
 // Writes embedded files back while the reader goes on through the text: the objects are
 // independent, so with more than one core they are decoded side by side. Progress is reported on
 // the caller's thread only, in bytes of object text restored so far.
+//
+// A tentative restorer serves a reader that guessed where objects end. It only makes new files,
+// and a guessed object's text must hold no "[" (which would end it earlier). When either check
+// fails, finish() removes every file it made and returns false, and the reader starts again with
+// every end looked up.
 class Restorer {
 public:
-    Restorer(qint64 total, const Progress& progress) : m_total(total), m_progress(progress) {}
+    Restorer(qint64 total, const Progress& progress, bool tentative)
+        : m_total(total), m_progress(progress), m_tentative(tentative) {}
     ~Restorer() { finish(); }
 
     // Queues one object; index is its place in the content's object list, keep holds the text
-    // when data does not point into the file. A second object for the same file waits until
-    // all others are written, so the last one still wins, as when they are written in turn.
+    // when data does not point into the file, guessed tells that its end was guessed. A second
+    // object for the same file waits until all others are written, so the last one still wins,
+    // as when they are written in turn.
     void add(qsizetype index, QStringView data, QString target, qint64 span,
-             std::shared_ptr<QString> keep) {
-        Job job{index, data, std::move(target), span, std::move(keep)};
+             std::shared_ptr<QString> keep, bool guessed) {
+        Job job{index,
+                data,
+                std::move(target),
+                span,
+                std::move(keep),
+                guessed,
+                {.newFileOnly = m_tentative, .noBracket = m_tentative && guessed}};
+        std::unique_lock lock(m_mutex);
         if (m_targets.contains(job.target)) {
             m_deferred.push_back(std::move(job));
             return;
         }
         m_targets.insert(job.target);
-        std::unique_lock lock(m_mutex);
         m_jobs.push_back(std::move(job));
         if (m_workers.empty() && m_total >= kParallelChars) {
             const unsigned cores = std::clamp(std::thread::hardware_concurrency(), 1u, 4u);
@@ -429,11 +442,12 @@ public:
         m_wake.notify_one();
     }
     // Marks that no more objects come; without helpers the caller restores them all itself.
-    void finish() {
+    // False when a tentative restore failed its checks and took back what it wrote.
+    bool finish() {
         {
             std::lock_guard lock(m_mutex);
             if (m_finished)
-                return;
+                return !m_wrongGuess;
             m_finished = true;
         }
         m_wake.notify_all();
@@ -441,10 +455,27 @@ public:
         for (std::thread& t : m_workers)
             t.join();
         m_workers.clear();
-        for (Job& job : m_deferred)
+        // The files that waited overwrite others, so their text is checked before any is written.
+        if (!m_wrongGuess && m_tentative) {
+            m_wrongGuess = std::any_of(m_deferred.begin(), m_deferred.end(), [](const Job& job) {
+                return job.guessed && job.data.contains(u'[');
+            });
+        }
+        if (m_wrongGuess) {
+            for (const QString& made : m_made)
+                QFile::remove(made);
+            m_deferred.clear();
+            return false;
+        }
+        std::sort(m_deferred.begin(), m_deferred.end(),
+                  [](const Job& a, const Job& b) { return a.index < b.index; });
+        for (Job& job : m_deferred) {
+            job.checks = {};
             restore(job);
+        }
         m_deferred.clear();
         report();
+        return true;
     }
     // Fills in what was restored and returns the failures, in object order.
     std::vector<QString> takeWarnings(QList<StoredObject>& objects) {
@@ -470,6 +501,8 @@ private:
         QString target;
         qint64 span;
         std::shared_ptr<QString> keep;
+        bool guessed;
+        clsBase64::WriteChecks checks;
     };
     struct Done {
         qsizetype index;
@@ -501,6 +534,8 @@ private:
             }
             Job job = std::move(m_jobs.front());
             m_jobs.pop_front();
+            if (m_wrongGuess)
+                continue; // all of it is taken back
             ++m_running;
             run(job, lock);
             --m_running;
@@ -515,8 +550,18 @@ private:
     // Writes one file with the lock released, and counts it in with the lock held again.
     void run(Job& job, std::unique_lock<std::mutex>& lock) {
         lock.unlock();
-        clsBase64::WriteResult result = clsBase64::ConvertiInFile(job.data, job.target);
+        clsBase64::WriteResult result = clsBase64::ConvertiInFile(job.data, job.target, job.checks);
         lock.lock();
+        if (result.declined == clsBase64::Declined::FileExists) {
+            m_deferred.push_back(std::move(job)); // written once the guesses hold
+            return;
+        }
+        if (m_tentative)
+            m_made.push_back(job.target); // nothing was there before, whatever the outcome
+        if (result.declined == clsBase64::Declined::Bracket) {
+            m_wrongGuess = true;
+            return;
+        }
         m_restored += job.span;
         m_done.push_back({job.index, std::move(job.target), std::move(result)});
     }
@@ -543,6 +588,9 @@ private:
 
     const qint64 m_total;
     const Progress& m_progress;
+    const bool m_tentative;
+    bool m_wrongGuess = false;
+    std::vector<QString> m_made; // files a tentative restore made
     std::mutex m_mutex;
     std::condition_variable m_wake;
     std::condition_variable m_landed;
@@ -557,10 +605,39 @@ private:
     bool m_finished = false;
 };
 
+// Where the data of the object whose name ends at `from` most likely ends: the "[" of its end
+// marker. The writer puts a line break after the name, then lines of 76 characters and CR LF,
+// so whole lines are probed a few at a time rather than read, and only what follows the last
+// one is searched. The guess holds when no "[" comes before it; the restore reads every
+// character of the data and checks that.
+qsizetype guessDataEnd(QStringView s, qsizetype from) {
+    constexpr qsizetype kLine = clsBase64::kLineChars + 2;
+    const qsizetype first = from + 2;
+    const auto wholeLine = [&](qsizetype k) {
+        const qsizetype at = first + k * kLine;
+        return at + kLine <= s.size() && s[at] != u'[' && s[at + kLine - 2] == u'\r' &&
+               s[at + kLine - 1] == u'\n';
+    };
+    if (!wholeLine(0))
+        return s.indexOf(u'[', from);
+    // wholeLine(lo) holds and wholeLine(hi) does not.
+    qsizetype lo = 0, hi = 1;
+    while (wholeLine(hi)) {
+        lo = hi;
+        hi *= 2;
+    }
+    while (hi - lo > 1) {
+        const qsizetype mid = lo + (hi - lo) / 2;
+        (wholeLine(mid) ? lo : hi) = mid;
+    }
+    return s.indexOf(u'[', first + (lo + 1) * kLine);
+}
+
 // Lists the objects of the object section into content and queues each restorable one.
-// Returns the warning of each object, or an empty text.
+// guessEnds: the ends of objects as the writer lays them out are guessed (the restorer checks
+// them) rather than searched for. Returns the warning of each object, or an empty text.
 std::vector<QString> scanObjects(QStringView section, Content& c, const QString& restoreFolder,
-                                 Restorer& restorer) {
+                                 Restorer& restorer, bool guessEnds) {
     std::vector<QString> warnings;
     qsizetype at = section.indexOf(kIniFile);
     const QString endFileLine = kEndFile.toString() + kCrLf.toString();
@@ -571,7 +648,13 @@ std::vector<QString> scanObjects(QStringView section, Content& c, const QString&
         // anything unusual is split at every "[<INI-FILE:" as always.
         qsizetype next = -1;
         qsizetype close = section.indexOf(u">]", start);
-        qsizetype bracket = close < 0 ? -1 : section.indexOf(u'[', close + 2);
+        // Only the end of an object that is restored is guessed: restoring checks the guess.
+        const bool guess =
+            guessEnds && close >= 0 &&
+            References::safeFileName(section.sliced(start, close - start)).has_value();
+        qsizetype bracket = close < 0 ? -1
+                            : guess   ? guessDataEnd(section, close + 2)
+                                      : section.indexOf(u'[', close + 2);
         bool quick = false;
         if (bracket >= 0 && !section.sliced(start, close - start).contains(kIniFile) &&
             section.sliced(bracket).startsWith(endFileLine)) {
@@ -615,7 +698,7 @@ std::vector<QString> scanObjects(QStringView section, Content& c, const QString&
             o.name = *name;
             if (!restoreFolder.isEmpty())
                 restorer.add(c.objects.size(), data, withTrailingSlash(restoreFolder) + o.name,
-                             piece.size(), std::move(scratch));
+                             piece.size(), std::move(scratch), guess && quick);
         }
         c.objects << o;
     }
@@ -718,10 +801,26 @@ ReadResult read(const QString& path, const QString& restoreFolder, const Progres
     // Objects come only from after the body, so a body quoting the markers restores nothing.
     const QStringView section = text.sliced(lines.position());
     const qint64 total = section.size();
-    Restorer restorer(total, progress);
-    const std::vector<QString> found = scanObjects(section, c, restoreFolder, restorer);
-    restorer.finish();
-    const std::vector<QString> restored = restorer.takeWarnings(c.objects);
+    // Restoring guesses where each object ends, which spares a pass over megabytes of text
+    // before the first file can start. A wrong guess (only a file laid out by hand can lead
+    // to one) is taken back, and the objects are read again the long way; progress only rises.
+    qint64 shown = -1;
+    const Progress rising = [&](qint64 done, qint64 all) {
+        if (progress && done > shown) {
+            shown = done;
+            progress(done, all);
+        }
+    };
+    std::vector<QString> found, restored;
+    for (bool guess : {!restoreFolder.isEmpty(), false}) {
+        c.objects.clear();
+        Restorer restorer(total, rising, guess);
+        found = scanObjects(section, c, restoreFolder, restorer, guess);
+        if (restorer.finish()) {
+            restored = restorer.takeWarnings(c.objects);
+            break;
+        }
+    }
     for (size_t i = 0; i < found.size(); ++i) {
         if (!found[i].isEmpty())
             c.warnings << found[i];

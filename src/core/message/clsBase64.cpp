@@ -815,6 +815,15 @@ namespace {
 // kernel copies them into the file, and memory stays small whatever the file's size.
 constexpr qsizetype kFileStepLines = 4096;
 
+// Whole clean lines from `in`, decoded into out: how many there were, up to maxLines.
+qsizetype decodeCleanLines(const char16_t* in, qsizetype n, qsizetype maxLines, uchar* out) {
+#if QUILLORA_BASE64_AVX2
+    if (useAvx2())
+        return decodeLinesAvx2(in, n, maxLines, out);
+#endif
+    return decodeLinesPortable(in, n, maxLines, out);
+}
+
 // Whether the lines from `in` are whole lines as the encoder writes them: 76 characters with
 // no CR, LF or "=" among them, each followed by CR LF. Decoding such a block on its own gives
 // the same bytes as decoding it inside the whole text, because it holds whole groups and no
@@ -849,13 +858,25 @@ bool writeAll(int fd, const uchar* p, qsizetype left, int& error) {
 } // namespace
 
 clsBase64::WriteResult clsBase64::ConvertiInFile(QStringView text, const QString& path) {
+    return ConvertiInFile(text, path, WriteChecks());
+}
+
+clsBase64::WriteResult clsBase64::ConvertiInFile(QStringView text, const QString& path,
+                                                 WriteChecks checks) {
     const QByteArray name = QFile::encodeName(path);
     if (name.isEmpty())
         return {QStringLiteral("Cannot write a file without a name")};
     // No O_TRUNC: bytes past the new length stay. O_NOFOLLOW: a link planted at the path is
     // not followed elsewhere. O_NONBLOCK: a FIFO fails here instead of waiting for a reader.
-    const int fd =
-        ::open(name.constData(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666);
+    const int fd = ::open(name.constData(),
+                          O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC |
+                              (checks.newFileOnly ? O_EXCL : 0),
+                          0666);
+    if (fd < 0 && checks.newFileOnly && errno == EEXIST) {
+        WriteResult declined;
+        declined.declined = Declined::FileExists;
+        return declined;
+    }
     if (fd < 0)
         return {QStringLiteral("Cannot open %1 for writing: %2").arg(path, qt_error_string(errno))};
     struct stat info {};
@@ -866,17 +887,36 @@ clsBase64::WriteResult clsBase64::ConvertiInFile(QStringView text, const QString
     const char16_t* in = text.utf16();
     const qsizetype n = text.size();
     constexpr qsizetype kStepChars = kFileStepLines * kBrokenLineChars;
-    QByteArray buffer;
+    QByteArray buffer(decodeCapacity(kStepChars), Qt::Uninitialized);
     qint64 total = 0;
     int error = 0;
     for (qsizetype at = 0; at < n;) {
-        // A block of plain lines, or else everything left in one piece under the full rules.
-        const qsizetype take =
-            n - at > kStepChars && plainLines(in + at, kFileStepLines) ? kStepChars : n - at;
-        if (buffer.size() < decodeCapacity(take))
-            buffer.resize(decodeCapacity(take));
+        // Every step starts on a group boundary, where a CR LF pair (the one after the
+        // object's name, a blank line) is dropped as it would be anywhere else.
+        if (n - at >= 2 && in[at] == u'\r' && in[at + 1] == u'\n') {
+            at += 2;
+            continue;
+        }
+        // A block of clean lines, decoded in the one pass that checks them. Else a block of
+        // plain lines, or everything left in one piece, under the full rules.
         auto* out = reinterpret_cast<uchar*>(buffer.data());
-        const qsizetype produced = decode(in + at, take, out);
+        const qsizetype lines = decodeCleanLines(in + at, n - at, kFileStepLines, out);
+        qsizetype take = lines * kBrokenLineChars;
+        qsizetype produced = lines * kLineBytes;
+        if (lines == 0) {
+            take = n - at > kStepChars && plainLines(in + at, kFileStepLines) ? kStepChars : n - at;
+            if (checks.noBracket && QStringView(in + at, take).contains(u'[')) {
+                ::close(fd);
+                WriteResult declined;
+                declined.bytes = total;
+                declined.declined = Declined::Bracket;
+                return declined;
+            }
+            if (buffer.size() < decodeCapacity(take))
+                buffer.resize(decodeCapacity(take));
+            out = reinterpret_cast<uchar*>(buffer.data());
+            produced = decode(in + at, take, out);
+        }
         if (!writeAll(fd, out, produced, error)) {
             ::close(fd);
             return {QStringLiteral("Cannot write %1: %2").arg(path, qt_error_string(error))};

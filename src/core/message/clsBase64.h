@@ -27,10 +27,21 @@ public:
     // the same total as one call per line.
     using Progress = std::function<void(float)>;
 
+    // What ConvertiInFile may find and decline, for a reader that guessed where the text ends
+    // and must be able to take everything back when the guess was wrong.
+    struct WriteChecks {
+        bool newFileOnly = false; // an existing file is left untouched
+        bool noBracket = false;   // a "[" in the text stops the write
+    };
+    enum class Declined { No, FileExists, Bracket };
+
     struct WriteResult {
         QString error;
         qint64 bytes = 0; // decoded bytes written
-        bool ok() const { return error.isEmpty(); }
+        // Set, with no error, when a check declined. After Bracket the file exists (made by
+        // this call when newFileOnly) and holds some of the bytes.
+        Declined declined = Declined::No;
+        bool ok() const { return error.isEmpty() && declined == Declined::No; }
     };
 
     static constexpr qsizetype kLineChars = 76;
@@ -56,6 +67,7 @@ public:
     // same name restore onto one file this way, and old messages rely on it. A symbolic link
     // or anything but a regular file at the path is refused rather than written through.
     static WriteResult ConvertiInFile(QStringView text, const QString& path);
+    static WriteResult ConvertiInFile(QStringView text, const QString& path, WriteChecks checks);
 
     // Characters the encoder writes for n bytes, line breaks included.
     static qsizetype encodedLength(qsizetype n);

@@ -327,13 +327,37 @@ INSTANTIATE_TEST_SUITE_P(
                     BlockCase{"pair_moved_across_a_block_end", kBlock - 3, u"\r\n"_s, 0},
                     BlockCase{"break_missing_at_a_block_end", kBlock - 2, {}, 2},
                     BlockCase{"one_character_short_in_first_block", 10, {}, 1},
-                    BlockCase{"blank_line_between_blocks", 3 * kBlock, u"\r\n"_s, 0}),
+                    BlockCase{"blank_line_between_blocks", 3 * kBlock, u"\r\n"_s, 0},
+                    BlockCase{"break_before_the_first_line", 0, u"\r\n"_s, 0},
+                    BlockCase{"bracket_in_a_line", kBlock + 200, u"["_s, 1}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(Base64Files, ConvertiInFileOverwritesWithoutShortening) {
     writeBytes(path("same.bin"), "0123456789ABCDEFGHIJ");
     ASSERT_TRUE(clsBase64::ConvertiInFile(u"aGVsbG8=", path("same.bin")).ok());
     EXPECT_EQ(readBytes(path("same.bin")), QByteArray("hello56789ABCDEFGHIJ"));
+}
+
+// A reader that guessed where a text ends has the write declined, not failed, when the file
+// is already there or a "[" shows the guess wrong.
+TEST_F(Base64Files, ChecksDeclineExistingFilesAndBrackets) {
+    writeBytes(path("same.bin"), "0123456789");
+    const auto existing =
+        clsBase64::ConvertiInFile(u"aGVsbG8=", path("same.bin"), {.newFileOnly = true});
+    EXPECT_EQ(existing.declined, clsBase64::Declined::FileExists);
+    EXPECT_TRUE(existing.error.isEmpty());
+    EXPECT_EQ(readBytes(path("same.bin")), QByteArray("0123456789"));
+
+    QString text = u"\r\n"_s + clsBase64().EncodeByteArray(randomBytes(57 * 10, 5));
+    text[2 + 78 * 6 + 30] = u'[';
+    const auto bracket = clsBase64::ConvertiInFile(text, path("b.bin"), {.noBracket = true});
+    EXPECT_EQ(bracket.declined, clsBase64::Declined::Bracket);
+    EXPECT_FALSE(bracket.ok());
+    EXPECT_LE(readBytes(path("b.bin")).size(), 57 * 6);
+    // Unchecked, the same text decodes with the "[" as any character outside the alphabet.
+    const auto plain = clsBase64::ConvertiInFile(text, path("b.bin"));
+    ASSERT_TRUE(plain.ok());
+    EXPECT_EQ(readBytes(path("b.bin")), clsBase64::DecodeToByteArray(text));
 }
 
 TEST_F(Base64Files, UnreadableAndUnwritablePathsReportErrors) {

@@ -9,6 +9,7 @@
 #include <QFileInfo>
 #include <QRandomGenerator>
 #include <QRegularExpression>
+#include <QSet>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -292,10 +293,28 @@ TEST_P(ObjectSectionTest, SplitLikeEveryEarlierVersion) {
         const MessageFile::ReadResult r = MessageFile::read(file, restore);
         ASSERT_TRUE(r.ok()) << r.error.toStdString();
         std::vector<std::pair<QString, qint64>> got;
-        for (const MessageFile::StoredObject& o : r.content.objects)
+        QSet<QString> names;
+        for (const MessageFile::StoredObject& o : r.content.objects) {
             got.emplace_back(o.storedPath, o.name.isEmpty() ? -1 : o.size);
+            if (!o.name.isEmpty())
+                names << o.name;
+        }
         EXPECT_EQ(got, c.objects) << (restore.isEmpty() ? "listing" : "restoring");
+        if (!restore.isEmpty()) {
+            const QStringList files = QDir(restore).entryList(QDir::Files);
+            EXPECT_EQ(QSet<QString>(files.begin(), files.end()), names);
+        }
     }
+}
+
+// An object of whole lines as the writer lays them out (each decodes to 57 "A"), with the
+// lines from `at` on replaced.
+QString wholeLinesObject(const QString& name, int count, int at, const QStringList& changed) {
+    QStringList lines(count, QString("QUFB").repeated(19));
+    for (qsizetype i = 0; i < changed.size(); ++i)
+        lines[at + i] = changed[i];
+    return "[<INI-FILE:" + name + ">]\r\n" + lines.join("\r\n") +
+           "\r\n[<END-FILE>]\r\n[<END-OBJECT>]\r\n";
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -320,6 +339,22 @@ INSTANTIATE_TEST_SUITE_P(
                     "[<INI-FILE:x.png>]\r\naGVsbG8=\r\n[<END-FILE>]\r\n[<END-OBJECT>]\r\nxx"
                     "[<INI-FILE:z.png>]\r\naGk=\r\n[<END-FILE>]\r\n",
                     {{"x.png", 5}, {"z.png", 2}}},
+        // The end of an object is found after its last whole line; a "[" before it still ends
+        // the object there, as it always did.
+        SectionCase{
+            "bracket_inside_whole_lines",
+            wholeLinesObject("x.png", 3, 1, {QString("QUFB").repeated(16) + "[<END-FILE>]"}),
+            {{"x.png", 162}}},
+        SectionCase{"object_inside_whole_lines",
+                    wholeLinesObject("x.png", 100, 50,
+                                     {QString("QUFB").repeated(16) + "[<END-FILE>]",
+                                      "[<INI-FILE:z.png>]" + QString(58, 'Q')}),
+                    {{"x.png", 2896}, {"z.png", 2779}}},
+        SectionCase{"object_inside_an_unusable_one",
+                    wholeLinesObject("c:\\dir\\", 100, 50,
+                                     {QString("QUFB").repeated(16) + "[<END-FILE>]",
+                                      "[<INI-FILE:z.png>]" + QString(58, 'Q')}),
+                    {{"c:\\dir\\", -1}, {"z.png", 2779}}},
         SectionCase{"path_without_its_end",
                     "[<INI-FILE:x.png\r\n[<INI-FILE:y.gif>]\r\nZ2lm\r\n[<END-FILE>]\r\n"
                     "[<END-OBJECT>]\r\n",
@@ -452,6 +487,21 @@ TEST_F(MessageFileTest, WriteRefusedHalfwayKeepsTheEarlierFile) {
     EXPECT_EQ(readBytes(root + "news/keep.mssx"), before);
     EXPECT_EQ(QDir(root + "news").entryList(QDir::Files),
               QStringList({"bg.gif", "big.bin", "keep.mssx"}));
+}
+
+// Restoring into a folder that already holds a longer file writes over it from its first
+// byte and leaves the rest, as every version did.
+TEST_F(MessageFileTest, RestoringOverALongerFileKeepsItsTail) {
+    const QByteArray bytes = randomBytes(200'000, 7), longer = randomBytes(300'000, 8);
+    writeBytes(root + "news/pic.bin", bytes);
+    MessageDocument d = docWith("<img src=\"pic.bin\">");
+    ASSERT_TRUE(MessageFile::SalvaMessaggio(d, root + "news/p.mssx").ok());
+    writeBytes(root + "out/pic.bin", longer);
+    const auto r = MessageFile::read(root + "news/p.mssx", root + "out");
+    ASSERT_TRUE(r.ok()) << r.error.toStdString();
+    ASSERT_EQ(r.content.objects.size(), 1);
+    EXPECT_EQ(r.content.objects[0].size, bytes.size());
+    EXPECT_EQ(readBytes(root + "out/pic.bin"), bytes + longer.mid(bytes.size()));
 }
 
 TEST_F(MessageFileTest, SpamCheckCopyKeepsTheDocumentUnsaved) {
