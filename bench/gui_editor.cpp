@@ -11,6 +11,7 @@
 #include "core/app/TextFile.h"
 #include "core/app/bError.h"
 #include "core/message/MessageDocument.h"
+#include "gui/app/ProgramIcon.h"
 #include "gui/app/Session.h"
 #include "gui/editor/SourceView.h"
 #include "gui/editor/VisualSurface.h"
@@ -168,7 +169,10 @@ int main(int argc, char** argv) {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
+    // As the program starts: its own settings rather than the desktop's, and its icon theme.
+    QApplication::setDesktopSettingsAware(false);
     QApplication app(argc, argv);
+    useIconTheme();
     const QStringList args = QApplication::arguments();
     if (args.size() > 2 && (args[1] == QLatin1String("bare") || args[1] == QLatin1String("editor")))
         return startOnce(args[1], args[2], clock);

@@ -3,11 +3,11 @@
 #include "core/app/ProgramFolders.h"
 #include "gui/app/Dialogs.h"
 #include "gui/app/MessageOwner.h"
+#include "gui/app/ProgramIcon.h"
 #include "gui/app/ScriptedAnswers.h"
 #include "gui/app/bMain.h"
 
 #include <QApplication>
-#include <QIcon>
 #include <QTextStream>
 
 int main(int argc, char** argv) {
@@ -20,12 +20,7 @@ int main(int argc, char** argv) {
     QApplication::setApplicationVersion(QStringLiteral("%1.%2")
                                             .arg(QUILLORA_VERSION_MAJOR)
                                             .arg(QUILLORA_VERSION_MINOR, 2, 10, QLatin1Char('0')));
-    // Without a desktop session there is no icon theme (nor, offscreen, a search path).
-    if (!QIcon::themeSearchPaths().contains(QStringLiteral("/usr/share/icons")))
-        QIcon::setThemeSearchPaths(QIcon::themeSearchPaths() << QStringLiteral("/usr/share/icons"));
-    if (QIcon::themeName().isEmpty() || QIcon::themeName() == QLatin1String("hicolor"))
-        QIcon::setThemeName(QStringLiteral("breeze"));
-    QIcon::setFallbackThemeName(QStringLiteral("breeze"));
+    quillora::gui::useIconTheme();
     quillora::gui::bMain::installSignalHandlers();
     QStringList args = QApplication::arguments();
     args.removeFirst();

@@ -1,9 +1,9 @@
 // GUI tests share one QApplication, offscreen (set per test by CMake).
 #include <QApplication>
-#include <QIcon>
 #include <gtest/gtest.h>
 
 #include "gui/ScriptedDialogs.h"
+#include "gui/app/ProgramIcon.h"
 
 namespace {
 // Every test starts with scripted dialogs: no test can wait on a modal window.
@@ -20,11 +20,7 @@ int main(int argc, char** argv) {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Quillora"));
     QApplication::setApplicationDisplayName(QStringLiteral("Quillora"));
-    // Without a desktop session there is no icon theme (nor, offscreen, a search path).
-    if (!QIcon::themeSearchPaths().contains(QStringLiteral("/usr/share/icons")))
-        QIcon::setThemeSearchPaths(QIcon::themeSearchPaths() << QStringLiteral("/usr/share/icons"));
-    if (QIcon::themeName().isEmpty() || QIcon::themeName() == QLatin1String("hicolor"))
-        QIcon::setThemeName(QStringLiteral("breeze"));
+    quillora::gui::useIconTheme();
     ::testing::InitGoogleTest(&argc, argv);
     testing::UnitTest::GetInstance()->listeners().Append(new FreshDialogs);
     return RUN_ALL_TESTS();

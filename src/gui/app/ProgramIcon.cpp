@@ -19,6 +19,15 @@ QIcon programIcon() {
     return icon;
 }
 
+void useIconTheme() {
+    // Without a desktop session there is no icon theme (nor, offscreen, a search path).
+    if (!QIcon::themeSearchPaths().contains(QStringLiteral("/usr/share/icons")))
+        QIcon::setThemeSearchPaths(QIcon::themeSearchPaths() << QStringLiteral("/usr/share/icons"));
+    if (QIcon::themeName().isEmpty() || QIcon::themeName() == QLatin1String("hicolor"))
+        QIcon::setThemeName(QStringLiteral("breeze"));
+    QIcon::setFallbackThemeName(QStringLiteral("breeze"));
+}
+
 QPixmap programPixmap(int size) {
     return programIcon().pixmap(QSize(size, size));
 }

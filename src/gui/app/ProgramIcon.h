@@ -7,6 +7,9 @@
 namespace quillora::gui {
 
 QIcon programIcon();
+// Makes the bars' icons come from the breeze theme when the desktop names none (a session
+// without a desktop, offscreen), with breeze as the fallback for names a theme lacks.
+void useIconTheme();
 // The nearest drawn size, scaled smoothly when no drawing has exactly this size.
 QPixmap programPixmap(int size);
 
