@@ -52,7 +52,8 @@ void prepareSession(const QString& root) {
 }
 
 // One start, in this process; prints the milliseconds. The editor starts on the data folder
-// the parent provisioned, as every start after the first does.
+// the parent provisioned and with the icon pictures its first start kept in the user's cache,
+// as every start after the first does.
 int startOnce(const QString& mode, const QString& dataRoot, QElapsedTimer& clock) {
     QTemporaryDir dir;
     if (mode == QLatin1String("bare")) {

@@ -1,9 +1,11 @@
 // GUI tests share one QApplication, offscreen (set per test by CMake).
 #include <QApplication>
+#include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 #include "gui/ScriptedDialogs.h"
 #include "gui/app/ProgramIcon.h"
+#include "gui/app/ThemeIcons.h"
 
 namespace {
 // Every test starts with scripted dialogs: no test can wait on a modal window.
@@ -21,6 +23,9 @@ int main(int argc, char** argv) {
     QApplication::setApplicationName(QStringLiteral("Quillora"));
     QApplication::setApplicationDisplayName(QStringLiteral("Quillora"));
     quillora::gui::useIconTheme();
+    // Icon pictures are drawn into a cache of this run, not the user's.
+    QTemporaryDir iconCache;
+    quillora::gui::setThemeIconCacheFolder(iconCache.path());
     ::testing::InitGoogleTest(&argc, argv);
     testing::UnitTest::GetInstance()->listeners().Append(new FreshDialogs);
     return RUN_ALL_TESTS();

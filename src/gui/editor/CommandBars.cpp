@@ -1,6 +1,7 @@
 #include "gui/editor/CommandBars.h"
 
 #include "core/editor/CommandTable.h"
+#include "gui/app/ThemeIcons.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -144,7 +145,7 @@ QAction* CommandBars::make(QMainWindow* window, const CommandSpec& spec) {
     auto* a = new QAction(QString::fromUtf8(spec.caption), window);
     a->setObjectName(id);
     if (spec.icon)
-        a->setIcon(QIcon::fromTheme(QString::fromLatin1(spec.icon)));
+        a->setIcon(themeIcon(QString::fromLatin1(spec.icon)));
     const QKeySequence shortcut = spec.key
                                       ? QKeySequence(spec.key)
                                       : QKeySequence(QKeySequence::StandardKey(spec.standardKey));
@@ -181,12 +182,12 @@ void CommandBars::build(QMainWindow* window, std::function<void(const QString&)>
     QMenu* popTable =
         popup(window, QStringLiteral("popTable"), QStringLiteral("Table"),
               {"cmdTable", "cmdTableInsRow", "cmdTableInsCol", "cmdTableDelRow", "cmdTableDelCol"});
-    popTable->setIcon(QIcon::fromTheme(QStringLiteral("insert-table")));
+    popTable->setIcon(themeIcon(QStringLiteral("insert-table")));
     QMenu* popModuli =
         popup(window, QStringLiteral("popModuli"), QStringLiteral("Form elements"),
               {"cmdModuliForm", "cmdModuliText", "cmdModuliTextArea", "cmdModuliCheckBox",
                "cmdModuliRadioButton", "cmdModuliList", "cmdModuliListMenu", "cmdModuliHidden"});
-    popModuli->setIcon(QIcon::fromTheme(QStringLiteral("view-form")));
+    popModuli->setIcon(themeIcon(QStringLiteral("view-form")));
     QMenu* popVarCampi = popup(window, QStringLiteral("popVarCampi"), QStringLiteral("User fields"),
                                mergeCommands("cmdVarCampo"));
     QMenu* popVarData = popup(window, QStringLiteral("popVarData"), QStringLiteral("Dates"),
@@ -198,7 +199,7 @@ void CommandBars::build(QMainWindow* window, std::function<void(const QString&)>
               {"cmdVarRgs", "cmdVarPiva", "cmdVarCog", "cmdVarNom", "cmdVarCodFis", "cmdVarInd",
                "cmdVarCap", "cmdVarLoc", "cmdVarProv", "cmdVarTel", "cmdVarFax", "cmdVarCell",
                "cmdVarEmail"});
-    mnuVariabili->setIcon(QIcon::fromTheme(QStringLiteral("insert-text")));
+    mnuVariabili->setIcon(themeIcon(QStringLiteral("insert-text")));
     mnuVariabili->addSeparator();
     mnuVariabili->addMenu(popVarCampi);
     mnuVariabili->addMenu(popVarData);

@@ -4,6 +4,7 @@
 #include "core/editor/CommandTable.h"
 #include "core/spamcheck/SendSettings.h"
 #include "gui/app/Session.h"
+#include "gui/app/ThemeIcons.h"
 #include "gui/editor/VisualSurface.h"
 
 #include <QAction>
@@ -45,9 +46,9 @@ PreviewPane::PreviewPane(VisualSurface* web, QWidget* parent) : QWidget(parent),
     bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     m_width = new QComboBox(bar);
     m_width->setObjectName(u"cmbPreviewWidth"_s);
-    m_width->addItem(QIcon::fromTheme(u"computer"_s), u"Desktop"_s);
-    m_width->addItem(QIcon::fromTheme(u"smartphone"_s), u"Phone 375 px"_s);
-    m_width->addItem(QIcon::fromTheme(u"tablet"_s), u"Tablet 768 px"_s);
+    m_width->addItem(themeIcon(u"computer"_s), u"Desktop"_s);
+    m_width->addItem(themeIcon(u"smartphone"_s), u"Phone 375 px"_s);
+    m_width->addItem(themeIcon(u"tablet"_s), u"Tablet 768 px"_s);
     bar->addWidget(m_width);
     bar->addSeparator();
 
@@ -55,12 +56,12 @@ PreviewPane::PreviewPane(VisualSurface* web, QWidget* parent) : QWidget(parent),
     m_dark->setObjectName(u"chkDarkMode"_s);
     m_dark->setCheckable(true);
     m_dark->setText(u"Dark mode"_s);
-    m_dark->setIcon(QIcon::fromTheme(u"weather-clear-night"_s));
+    m_dark->setIcon(themeIcon(u"weather-clear-night"_s));
     m_dark->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     m_dark->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_D));
     bar->addWidget(m_dark);
     m_forceDark =
-        new QAction(QIcon::fromTheme(u"color-management"_s), u"Always darken the colours"_s, this);
+        new QAction(themeIcon(u"color-management"_s), u"Always darken the colours"_s, this);
     m_forceDark->setObjectName(u"chkForceDark"_s);
     m_forceDark->setCheckable(true);
     bar->addAction(m_forceDark);
@@ -70,11 +71,11 @@ PreviewPane::PreviewPane(VisualSurface* web, QWidget* parent) : QWidget(parent),
     m_sample->setObjectName(u"chkSampleRecipient"_s);
     m_sample->setCheckable(true);
     m_sample->setText(u"Sample recipient"_s);
-    m_sample->setIcon(QIcon::fromTheme(u"user-identity"_s));
+    m_sample->setIcon(themeIcon(u"user-identity"_s));
     m_sample->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     bar->addWidget(m_sample);
     m_editSample =
-        new QAction(QIcon::fromTheme(u"document-edit"_s), u"Edit the sample recipient..."_s, this);
+        new QAction(themeIcon(u"document-edit"_s), u"Edit the sample recipient..."_s, this);
     m_editSample->setObjectName(u"cmdEditSample"_s);
     bar->addAction(m_editSample);
     layout->addWidget(bar);

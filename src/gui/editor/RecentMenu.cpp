@@ -1,6 +1,7 @@
 #include "gui/editor/RecentMenu.h"
 
 #include "core/app/Texts.h"
+#include "gui/app/ThemeIcons.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -10,7 +11,7 @@ namespace quillora::gui {
 RecentMenu::RecentMenu(const Texts& texts, std::function<QStringList()> files, QWidget* parent)
     : QMenu(QStringLiteral("Recent messages"), parent), m_texts(texts), m_files(std::move(files)) {
     setObjectName(QStringLiteral("mnuRecenti"));
-    setIcon(QIcon::fromTheme(QStringLiteral("document-open-recent")));
+    setIcon(themeIcon(QStringLiteral("document-open-recent")));
     connect(this, &QMenu::aboutToShow, this, &RecentMenu::rebuild);
 }
 

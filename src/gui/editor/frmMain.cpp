@@ -9,6 +9,7 @@
 #include "gui/app/ColorStyle.h"
 #include "gui/app/LanguageApplier.h"
 #include "gui/app/Session.h"
+#include "gui/app/ThemeIcons.h"
 #include "gui/app/WindowHelpers.h"
 #include "gui/app/frmMessage.h"
 #include "gui/editor/PreviewPane.h"
@@ -94,10 +95,10 @@ void frmMain::buildPages() {
     CODE = new SourceView(Tbs);
     WEB = new VisualSurface(false, Tbs);
     WEB->setObjectName(QStringLiteral("WEB"));
-    Tbs->addTab(DHTML, QIcon::fromTheme(QStringLiteral("document-edit")), QStringLiteral("Design"));
-    Tbs->addTab(CODE, QIcon::fromTheme(QStringLiteral("text-html")), QStringLiteral("HTML"));
+    Tbs->addTab(DHTML, themeIcon(QStringLiteral("document-edit")), QStringLiteral("Design"));
+    Tbs->addTab(CODE, themeIcon(QStringLiteral("text-html")), QStringLiteral("HTML"));
     m_preview = new PreviewPane(WEB, Tbs);
-    Tbs->addTab(m_preview, QIcon::fromTheme(QStringLiteral("document-preview")),
+    Tbs->addTab(m_preview, themeIcon(QStringLiteral("document-preview")),
                 QStringLiteral("Preview"));
     Tbs->setTabToolTip(PageVisual, QStringLiteral("Edit the message as it will look"));
     Tbs->setTabToolTip(PageSource, QStringLiteral("Edit the message's HTML source"));
@@ -235,7 +236,7 @@ void frmMain::Form_Load(const QString& commandLineFile) {
     if (QToolBar* text = m_bars.toolbar(QStringLiteral("TbTesto"))) {
         auto* button = new QToolButton(text);
         button->setObjectName(QStringLiteral("cmdColore"));
-        button->setIcon(QIcon::fromTheme(QStringLiteral("format-text-color")));
+        button->setIcon(themeIcon(QStringLiteral("format-text-color")));
         button->setToolTip(QStringLiteral("Text colour"));
         text->insertWidget(m_bars.action(QStringLiteral("cmdNumerato")), button);
         connect(button, &QToolButton::clicked, this, [this, button] {

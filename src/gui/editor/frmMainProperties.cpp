@@ -9,6 +9,7 @@
 #include "gui/app/LanguageApplier.h"
 #include "gui/app/Reported.h"
 #include "gui/app/Session.h"
+#include "gui/app/ThemeIcons.h"
 #include "gui/app/frmMessage.h"
 #include "gui/editor/VisualSurface.h"
 #include "gui/editor/frmAttributi.h"
@@ -96,7 +97,7 @@ void frmMain::buildPropertyPane() {
 
     popSubRem = new QMenu(QStringLiteral("&Unsubscribe link"), this);
     popSubRem->setObjectName(QStringLiteral("popSubRem"));
-    popSubRem->setIcon(QIcon::fromTheme(QStringLiteral("mail-mark-junk")));
+    popSubRem->setIcon(themeIcon(QStringLiteral("mail-mark-junk")));
     connect(popSubRem, &QMenu::aboutToShow, this, &frmMain::CheckDestRemove);
     if (QMenu* insert = m_bars.menu(QStringLiteral("mnuInsert")))
         insert->addMenu(popSubRem);

@@ -2,6 +2,7 @@
 
 #include "core/spamcheck/SendSettings.h"
 #include "gui/app/Session.h"
+#include "gui/app/ThemeIcons.h"
 
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -27,13 +28,13 @@ QString settingsFile() {
 QIcon severityIcon(check::Severity s) {
     switch (s) {
     case check::Severity::Error:
-        return QIcon::fromTheme(u"dialog-error"_s);
+        return themeIcon(u"dialog-error"_s);
     case check::Severity::Warning:
-        return QIcon::fromTheme(u"dialog-warning"_s);
+        return themeIcon(u"dialog-warning"_s);
     case check::Severity::Hint:
         break;
     }
-    return QIcon::fromTheme(u"dialog-information"_s);
+    return themeIcon(u"dialog-information"_s);
 }
 
 QString severityText(check::Severity s) {
@@ -48,7 +49,7 @@ QString severityText(check::Severity s) {
 frmCheckMessage::frmCheckMessage(Source source, QWidget* parent)
     : QDialog(parent), m_source(std::move(source)) {
     setObjectName(u"frmCheckMessage"_s);
-    setWindowIcon(QIcon::fromTheme(u"tools-check-spelling"_s));
+    setWindowIcon(themeIcon(u"tools-check-spelling"_s));
     auto* layout = new QVBoxLayout(this);
     lblSummary = new QLabel(this);
     lblSummary->setObjectName(u"lblSummary"_s);
@@ -76,7 +77,7 @@ frmCheckMessage::frmCheckMessage(Source source, QWidget* parent)
     spnSizeLimit->setRange(1, 1024);
     spnSizeLimit->setValue(SendSettings::read(settingsFile()).sizeLimitMB);
     lblSizeLimit->setBuddy(spnSizeLimit);
-    cmdAgain = new QPushButton(QIcon::fromTheme(u"view-refresh"_s), QString(), this);
+    cmdAgain = new QPushButton(themeIcon(u"view-refresh"_s), QString(), this);
     cmdAgain->setObjectName(u"cmdAgain"_s);
     cmdAgain->setShortcut(QKeySequence::Refresh);
     cmdClose = new QPushButton(this);
@@ -137,7 +138,7 @@ void frmCheckMessage::runCheck() {
         item->setText(2, f.rule);
         item->setData(0, kFindingRole, int(i));
         if (f.element.isSet())
-            item->setIcon(2, QIcon::fromTheme(u"go-jump"_s));
+            item->setIcon(2, themeIcon(u"go-jump"_s));
     }
     const Texts& t = session().texts;
     lblSummary->setText(m_findings.empty()

@@ -2,6 +2,7 @@
 
 #include "core/spamcheck/SendSettings.h"
 #include "gui/app/Session.h"
+#include "gui/app/ThemeIcons.h"
 
 #include <QCheckBox>
 #include <QCloseEvent>
@@ -43,7 +44,7 @@ frmSendTest::frmSendTest(ComposerSource source, QWidget* parent)
     : QDialog(parent), m_source(std::move(source)) {
     setObjectName(u"frmSendTest"_s);
     setWindowTitle(text("sndTitle"));
-    setWindowIcon(QIcon::fromTheme(u"mail-send"_s));
+    setWindowIcon(themeIcon(u"mail-send"_s));
     auto* layout = new QVBoxLayout(this);
     auto* form = new QFormLayout;
     cmbAccount = new QComboBox(this);
@@ -78,7 +79,7 @@ frmSendTest::frmSendTest(ComposerSource source, QWidget* parent)
     prgSend->hide();
     layout->addWidget(prgSend);
     auto* buttons = new QHBoxLayout;
-    cmdSend = new QPushButton(QIcon::fromTheme(u"mail-send"_s), text("sndSend"), this);
+    cmdSend = new QPushButton(themeIcon(u"mail-send"_s), text("sndSend"), this);
     cmdSend->setObjectName(u"cmdSend"_s);
     cmdSend->setDefault(true);
     cmdCancel = new QPushButton(text("frmImpDaImg.cmdCancel.Caption").isEmpty()

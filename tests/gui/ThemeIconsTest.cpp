@@ -1,0 +1,134 @@
+#include "gui/app/ThemeIcons.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QIcon>
+#include <QImage>
+#include <QPixmap>
+#include <QPixmapCache>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+using namespace quillora::gui;
+
+namespace {
+
+// A theme of one drawn icon, with soft edges and see-through parts, so a picture that lost
+// anything on its way through the cache would show it.
+class ThemeIconsTest : public testing::Test {
+protected:
+    void SetUp() override {
+        m_paths = QIcon::themeSearchPaths();
+        m_theme = QIcon::themeName();
+        m_cache = themeIconCacheFolder();
+        ASSERT_TRUE(QDir().mkpath(themes.filePath("drawn/scalable")));
+        write(themes.filePath("drawn/index.theme"),
+              "[Icon Theme]\nName=drawn\nDirectories=scalable\n\n"
+              "[scalable]\nSize=16\nMinSize=8\nMaxSize=256\nType=Scalable\n");
+        write(themes.filePath("drawn/scalable/shape.svg"),
+              R"(<svg xmlns="http://www.w3.org/2000/svg" width="16" height="16">)"
+              R"(<circle cx="7" cy="8" r="6.3" fill="#3daee9" fill-opacity="0.6"/>)"
+              R"(<path d="M2 13 L14 3" stroke="#232629" stroke-width="1.3"/></svg>)");
+        QIcon::setThemeSearchPaths({themes.path()});
+        QIcon::setThemeName(QStringLiteral("drawn"));
+        setThemeIconCacheFolder(cache.path());
+        QPixmapCache::clear();
+    }
+    void TearDown() override {
+        QIcon::setThemeSearchPaths(m_paths);
+        QIcon::setThemeName(m_theme);
+        setThemeIconCacheFolder(m_cache);
+        QPixmapCache::clear();
+    }
+    static void write(const QString& path, const QByteArray& bytes) {
+        QFile f(path);
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write(bytes);
+    }
+    static QImage image(const QPixmap& pm) {
+        return pm.toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    }
+    // The cached picture files of the theme, relative to the cache folder.
+    QStringList cached() const {
+        QStringList files;
+        const QDir root(cache.path());
+        for (const QString& theme : root.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+            for (const QString& icon :
+                 QDir(root.filePath(theme)).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+                for (const QString& file :
+                     QDir(root.filePath(theme + u'/' + icon)).entryList(QDir::Files))
+                    files << icon + u'/' + file;
+            }
+        }
+        return files;
+    }
+
+    QTemporaryDir themes, cache;
+    QStringList m_paths;
+    QString m_theme, m_cache;
+};
+
+TEST_F(ThemeIconsTest, PicturesAreTheThemesFreshAndReadBack) {
+    const QIcon theme = QIcon::fromTheme(QStringLiteral("shape"));
+    ASSERT_FALSE(theme.isNull());
+    const QIcon icon = themeIcon(QStringLiteral("shape"));
+    EXPECT_EQ(icon.name(), QStringLiteral("shape"));
+    EXPECT_FALSE(icon.isNull());
+    for (int round = 0; round < 2; ++round) {
+        // The second round reads the pictures back from the files the first one wrote.
+        QPixmapCache::clear();
+        for (const int side : {16, 22, 48}) {
+            for (const QIcon::Mode mode : {QIcon::Normal, QIcon::Disabled, QIcon::Selected}) {
+                const QSize size(side, side);
+                EXPECT_EQ(image(icon.pixmap(size, 1.0, mode)), image(theme.pixmap(size, 1.0, mode)))
+                    << "round " << round << ", " << side << " px, mode " << int(mode);
+            }
+        }
+    }
+    // Only normal pictures are kept; the other modes are made from them.
+    EXPECT_EQ(cached(), QStringList({"shape/16x16.png", "shape/22x22.png", "shape/48x48.png"}));
+
+    // What the cache holds is what is shown, without drawing again.
+    QImage red(22, 22, QImage::Format_ARGB32);
+    red.fill(Qt::red);
+    const QString file = QDir(cache.path()).entryList(QDir::Dirs | QDir::NoDotAndDotDot).value(0);
+    ASSERT_TRUE(red.save(cache.filePath(file + QStringLiteral("/shape/22x22.png"))));
+    QPixmapCache::clear();
+    EXPECT_EQ(image(themeIcon(QStringLiteral("shape")).pixmap(QSize(22, 22), 1.0)).pixel(3, 3),
+              QColor(Qt::red).rgb());
+}
+
+// A theme that changed on disk (an update) gets a cache of its own.
+TEST_F(ThemeIconsTest, AnUpdatedThemeIsDrawnAfresh) {
+    themeIcon(QStringLiteral("shape")).pixmap(QSize(16, 16), 1.0);
+    QFile index(themes.filePath("drawn/index.theme"));
+    ASSERT_TRUE(index.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(index.setFileTime(index.fileTime(QFileDevice::FileModificationTime).addSecs(60),
+                                  QFileDevice::FileModificationTime));
+    index.close();
+    setThemeIconCacheFolder(cache.path()); // the dates are read again from here on
+    QPixmapCache::clear();
+    themeIcon(QStringLiteral("shape")).pixmap(QSize(16, 16), 1.0);
+    EXPECT_EQ(QDir(cache.path()).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), 2);
+}
+
+TEST_F(ThemeIconsTest, NamesTheThemeLacksGiveNullIconsAndNoFiles) {
+    for (const QString& name : {QStringLiteral("no-such-icon"), QStringLiteral("../shape"),
+                                QStringLiteral("scalable/shape")}) {
+        const QIcon icon = themeIcon(name);
+        EXPECT_EQ(icon.isNull(), QIcon::fromTheme(name).isNull()) << name.toStdString();
+        EXPECT_EQ(icon.pixmap(QSize(16, 16), 1.0).isNull(),
+                  QIcon::fromTheme(name).pixmap(QSize(16, 16), 1.0).isNull());
+    }
+    EXPECT_TRUE(themeIcon(QStringLiteral("no-such-icon")).isNull());
+    EXPECT_TRUE(cached().isEmpty());
+
+    // Without a cache folder the pictures are still right.
+    setThemeIconCacheFolder(QString());
+    EXPECT_EQ(image(themeIcon(QStringLiteral("shape")).pixmap(QSize(16, 16), 1.0)),
+              image(QIcon::fromTheme(QStringLiteral("shape")).pixmap(QSize(16, 16), 1.0)));
+    EXPECT_TRUE(cached().isEmpty());
+}
+
+} // namespace
