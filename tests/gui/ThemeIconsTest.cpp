@@ -72,12 +72,11 @@ protected:
 TEST_F(ThemeIconsTest, PicturesAreTheThemesFreshAndReadBack) {
     const QIcon theme = QIcon::fromTheme(QStringLiteral("shape"));
     ASSERT_FALSE(theme.isNull());
-    const QIcon icon = themeIcon(QStringLiteral("shape"));
-    EXPECT_EQ(icon.name(), QStringLiteral("shape"));
-    EXPECT_FALSE(icon.isNull());
     for (int round = 0; round < 2; ++round) {
-        // The second round reads the pictures back from the files the first one wrote.
-        QPixmapCache::clear();
+        // The second round's icon reads the pictures back from the files the first one wrote.
+        const QIcon icon = themeIcon(QStringLiteral("shape"));
+        EXPECT_EQ(icon.name(), QStringLiteral("shape"));
+        EXPECT_FALSE(icon.isNull());
         for (const int side : {16, 22, 48}) {
             for (const QIcon::Mode mode : {QIcon::Normal, QIcon::Disabled, QIcon::Selected}) {
                 const QSize size(side, side);
@@ -97,6 +96,23 @@ TEST_F(ThemeIconsTest, PicturesAreTheThemesFreshAndReadBack) {
     QPixmapCache::clear();
     EXPECT_EQ(image(themeIcon(QStringLiteral("shape")).pixmap(QSize(22, 22), 1.0)).pixel(3, 3),
               QColor(Qt::red).rgb());
+}
+
+// A dark scheme switches to a dark theme: icons made before show the new theme's pictures.
+TEST_F(ThemeIconsTest, AnIconFollowsTheThemeInUse) {
+    ASSERT_TRUE(QDir().mkpath(themes.filePath("dark/scalable")));
+    write(themes.filePath("dark/index.theme"),
+          "[Icon Theme]\nName=dark\nDirectories=scalable\n\n"
+          "[scalable]\nSize=16\nMinSize=8\nMaxSize=256\nType=Scalable\n");
+    write(themes.filePath("dark/scalable/shape.svg"),
+          R"(<svg xmlns="http://www.w3.org/2000/svg" width="16" height="16">)"
+          R"(<rect x="2" y="2" width="12" height="12" fill="#eff0f1"/></svg>)");
+    const QIcon icon = themeIcon(QStringLiteral("shape"));
+    const QImage light = image(icon.pixmap(QSize(16, 16), 1.0));
+    QIcon::setThemeName(QStringLiteral("dark"));
+    const QImage dark = image(icon.pixmap(QSize(16, 16), 1.0));
+    EXPECT_NE(dark, light);
+    EXPECT_EQ(dark, image(QIcon::fromTheme(QStringLiteral("shape")).pixmap(QSize(16, 16), 1.0)));
 }
 
 // A theme that changed on disk (an update) gets a cache of its own.

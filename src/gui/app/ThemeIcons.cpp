@@ -7,13 +7,15 @@
 #include <QIconEngine>
 #include <QPainter>
 #include <QPixmap>
-#include <QPixmapCache>
 #include <QSaveFile>
 #include <QStandardPaths>
 #include <QStyle>
 #include <QStyleOption>
 
+#include <map>
 #include <optional>
+#include <tuple>
+#include <utility>
 
 namespace quillora::gui {
 
@@ -65,6 +67,8 @@ QString sizeText(const QSize& size) {
     return QStringLiteral("%1x%2").arg(size.width()).arg(size.height());
 }
 
+// Pictures are kept by the icon itself, for the current theme: looking them up is on every paint
+// and every size hint of a button.
 class CachedThemeIconEngine final : public QIconEngine {
 public:
     explicit CachedThemeIconEngine(QString name) : m_name(std::move(name)) {}
@@ -74,14 +78,17 @@ public:
     QString iconName() override { return m_name; }
 
     bool isNull() override {
-        const QString folder = diskFolder();
-        if (!folder.isEmpty() && QFileInfo::exists(folder))
-            return false;
-        return theme().isNull();
+        followTheme();
+        if (!m_null) {
+            const QString folder = diskFolder();
+            m_null = !(!folder.isEmpty() && QFileInfo::exists(folder)) && theme().isNull();
+        }
+        return *m_null;
     }
 
-    QSize actualSize(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
-        return pixmap(size, mode, state).size();
+    // As for a theme icon: the size of the normal picture, whatever the mode.
+    QSize actualSize(const QSize& size, QIcon::Mode, QIcon::State) override {
+        return normalPixmap(size).size();
     }
 
     QList<QSize> availableSizes(QIcon::Mode mode, QIcon::State state) override {
@@ -105,17 +112,14 @@ public:
         if (normal.isNull() || mode == QIcon::Normal)
             return normal;
         // As Qt makes the other modes of a drawn icon, for the palette of the moment.
-        const QString key = QStringLiteral("quillora-icon-mode/%1/%2/%3")
-                                .arg(normal.cacheKey())
-                                .arg(int(mode))
-                                .arg(QGuiApplication::palette().cacheKey());
-        QPixmap made;
-        if (QPixmapCache::find(key, &made))
-            return made;
+        const qint64 palette = QGuiApplication::palette().cacheKey();
+        const auto key = std::make_tuple(size.width(), size.height(), int(mode), palette);
+        if (const auto found = m_made.find(key); found != m_made.end())
+            return found->second;
         QStyleOption option;
         option.palette = QGuiApplication::palette();
-        made = QApplication::style()->generatedIconPixmap(mode, normal, &option);
-        QPixmapCache::insert(key, made);
+        const QPixmap made = QApplication::style()->generatedIconPixmap(mode, normal, &option);
+        m_made.emplace(key, made);
         return made;
     }
 
@@ -126,6 +130,17 @@ private:
         return *m_theme;
     }
 
+    // Pictures of another theme are dropped when the theme changes.
+    void followTheme() {
+        const QString current = QIcon::themeName();
+        if (current == m_themeName)
+            return;
+        m_themeName = current;
+        m_normal.clear();
+        m_made.clear();
+        m_null.reset();
+    }
+
     // The icon's folder in the cache, or empty.
     QString diskFolder() const {
         const QString folder = storable(m_name) ? themeFolder() : QString();
@@ -133,33 +148,33 @@ private:
     }
 
     QPixmap normalPixmap(const QSize& size) {
-        const QString memoryKey = QStringLiteral("quillora-icon/%1/%2/%3")
-                                      .arg(QIcon::themeName(), m_name, sizeText(size));
-        QPixmap pm;
-        if (QPixmapCache::find(memoryKey, &pm))
-            return pm;
+        followTheme();
+        const auto key = std::make_pair(size.width(), size.height());
+        if (const auto found = m_normal.find(key); found != m_normal.end())
+            return found->second;
         const QString folder = diskFolder();
         const QString file =
             folder.isEmpty() ? folder : folder + u'/' + sizeText(size) + QStringLiteral(".png");
-        if (!file.isEmpty() && pm.load(file, "PNG")) {
-            QPixmapCache::insert(memoryKey, pm);
-            return pm;
+        QPixmap pm;
+        if (file.isEmpty() || !pm.load(file, "PNG")) {
+            pm = theme().pixmap(size, 1.0);
+            // A cache that cannot be written only means drawing again next time.
+            if (!pm.isNull() && !file.isEmpty() && QDir().mkpath(folder)) {
+                QSaveFile out(file);
+                if (out.open(QIODevice::WriteOnly) && pm.save(&out, "PNG"))
+                    out.commit();
+            }
         }
-        pm = theme().pixmap(size, 1.0);
-        if (pm.isNull())
-            return pm;
-        QPixmapCache::insert(memoryKey, pm);
-        // A cache that cannot be written only means drawing again next time.
-        if (!file.isEmpty() && QDir().mkpath(folder)) {
-            QSaveFile out(file);
-            if (out.open(QIODevice::WriteOnly) && pm.save(&out, "PNG"))
-                out.commit();
-        }
+        m_normal.emplace(key, pm);
         return pm;
     }
 
     QString m_name;
     std::optional<QIcon> m_theme;
+    QString m_themeName;
+    std::optional<bool> m_null;
+    std::map<std::pair<int, int>, QPixmap> m_normal;
+    std::map<std::tuple<int, int, int, qint64>, QPixmap> m_made;
 };
 
 } // namespace
