@@ -21,6 +21,8 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QEventLoop>
+#include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTabWidget>
 #include <QTemporaryDir>
@@ -41,11 +43,18 @@ bool waitFor(QObject* sender, const char* signal, int ms = 60000) {
     return loop.exec() == 0;
 }
 
+// The program's folder in `root` holds the program's language and links files, as an installed
+// program's folder does; the data folder is provisioned beside it.
 void prepareSession(const QString& root) {
     Session& s = session();
     s.currentLanguage = QStringLiteral("English");
     s.folders = Folders::derive(root + QStringLiteral("/app"), root + QStringLiteral("/docs"));
     QDir().mkpath(s.folders.appPath);
+    for (const char* name : {"LANG_Quillora.lng", "Links.dll"}) {
+        const QString target = s.folders.appPath + QLatin1String(name);
+        if (!QFileInfo::exists(target))
+            QFile::copy(QStringLiteral(QUILLORA_SOURCE_DIR "/data/") + QLatin1String(name), target);
+    }
     Provisioning::ensureDataFolders(s.folders, QStringLiteral(QUILLORA_SOURCE_DIR "/data/defaults"),
                                     "en_US");
     bError::InitError(s.folders);
