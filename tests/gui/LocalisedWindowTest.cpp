@@ -43,25 +43,49 @@ protected:
         QIcon::setThemeName(QStringLiteral("breeze"));
         bError::setLogPath(QString());
     }
+    // The program's folders with the shipped language file, the language choice and scheme.
+    void prepare(const char* language, const char* scheme) {
+        Session& s = session();
+        s = Session{};
+        scriptDialogs();
+        s.folders = Folders::derive(dir.filePath("app"), dir.filePath("docs"));
+        QDir().mkpath(s.folders.appPath);
+        QFile::copy(QUILLORA_SOURCE_DIR "/data/LANG_Quillora.lng", s.folders.languageFile());
+        ASSERT_TRUE(
+            TextFile::writeLines(s.folders.languageChoiceFile(), {QString::fromUtf8(language)}));
+        Provisioning::ensureDataFolders(s.folders, QUILLORA_SOURCE_DIR "/data/defaults", "en_US");
+        ASSERT_TRUE(TextFile::writeLines(s.folders.pathFileImp + "colorSchema2.dll",
+                                         {"[Schema]", QString::fromLatin1(scheme)}));
+        bError::InitError(s.folders);
+        s.currentLanguage = bLANG::SetVarCurrLanguage(s.folders.languageChoiceFile());
+    }
     QTemporaryDir dir;
 };
+
+// The language file is read while the window is built; a language chosen meanwhile is still
+// the one applied.
+TEST_F(LocalisedWindowTest, ALanguageChosenWhileTheWindowIsBuiltIsApplied) {
+    prepare("English", "Light");
+    frmMain w;
+    session().currentLanguage = QStringLiteral("Italiano");
+    QString save;
+    bLANG::LoadLanguages(session().folders.languageFile(), QStringLiteral("Italiano"),
+                         [&](const QString& key, const QString& text) {
+                             if (key == "frmMain.Dks.Commands.GetToolButton(\"cmdSalva\").Caption")
+                                 save = text;
+                         });
+    ASSERT_FALSE(save.isEmpty());
+    QSignalSpy loaded(&w, &frmMain::documentLoaded);
+    w.Form_Load(QString());
+    ASSERT_TRUE(loaded.count() > 0 || loaded.wait(20000));
+    EXPECT_EQ(w.bars().action("cmdSalva")->text(), save);
+}
 
 // The whole start-up path: language choice, scheme choice, language file, then the window.
 TEST_P(LocalisedWindowTest, StartsInTheChosenLanguageAndScheme) {
     const Localised& p = GetParam();
+    prepare(p.language, p.scheme);
     Session& s = session();
-    s = Session{};
-    scriptDialogs();
-    s.folders = Folders::derive(dir.filePath("app"), dir.filePath("docs"));
-    QDir().mkpath(s.folders.appPath);
-    QFile::copy(QUILLORA_SOURCE_DIR "/data/LANG_Quillora.lng", s.folders.languageFile());
-    ASSERT_TRUE(
-        TextFile::writeLines(s.folders.languageChoiceFile(), {QString::fromUtf8(p.language)}));
-    Provisioning::ensureDataFolders(s.folders, QUILLORA_SOURCE_DIR "/data/defaults", "en_US");
-    ASSERT_TRUE(TextFile::writeLines(s.folders.pathFileImp + "colorSchema2.dll",
-                                     {"[Schema]", QString::fromLatin1(p.scheme)}));
-    bError::InitError(s.folders);
-    s.currentLanguage = bLANG::SetVarCurrLanguage(s.folders.languageChoiceFile());
 
     // What the file says for this language, read independently of the window.
     QHash<QString, QString> expected;

@@ -99,19 +99,12 @@ QString ControlloLingua(const QString& choiceFile) {
     return firstLine(choiceFile).trimmed();
 }
 
-LoadResult LoadLanguages(const QString& languageFile, const QString& currentLanguage,
-                         const ApplyText& apply, const Progress& progress) {
-    QStringList lines;
-    if (!TextFile::readLines(languageFile, lines, kMaxLanguageFileBytes).ok())
-        return {};
-    return LoadLanguageLines(lines, QFileInfo(languageFile).size(), currentLanguage, apply,
-                             progress);
-}
+namespace {
 
-LoadResult LoadLanguageLines(const QStringList& lines, qint64 byteSize,
-                             const QString& currentLanguage, const ApplyText& apply,
-                             const Progress& progress) {
-    LoadResult r;
+LanguageTexts pickTexts(const QStringList& lines, qint64 byteSize, const QString& currentLanguage) {
+    LanguageTexts out;
+    out.currentLanguage = currentLanguage;
+    LoadResult& r = out.result;
     r.read = true;
 
     // First pass: the language names. The later of two equal names wins.
@@ -125,18 +118,14 @@ LoadResult LoadLanguageLines(const QStringList& lines, qint64 byteSize,
 
     // Second pass: the texts. The position counts two bytes a character and two for the line
     // end, as the files were written; a file in another encoding would overshoot its size.
-    const qint64 maximum = std::max<qint64>(byteSize, 0);
+    out.maximum = std::max<qint64>(byteSize, 0);
+    out.lines.reserve(size_t(lines.size()));
     qint64 position = 0;
-    const auto report = [&](qint64 at) {
-        if (progress)
-            progress(std::min(at, maximum), maximum);
-    };
-    report(0);
     QString section;
     const int current = r.CurrentLanguageIndex;
     for (QString line : lines) {
         position += (qint64(line.size()) + 2) * 2;
-        report(position);
+        out.lines.push_back({position, -1});
         line.replace(kLineBreak, QStringLiteral("\r\n"));
 
         if (isSection(line)) {
@@ -152,16 +141,58 @@ LoadResult LoadLanguageLines(const QStringList& lines, qint64 byteSize,
         const qsizetype keyStart = name + kName.size();
         if (at[1] < keyStart)
             continue;
-        const QString fullKey = section + u'.' + line.mid(keyStart, at[1] - keyStart);
+        QString fullKey = section + u'.' + line.mid(keyStart, at[1] - keyStart);
         if (!findKey(fullKey))
             continue;
-        if (apply)
-            apply(fullKey, currentText(line, at, current));
+        out.lines.back().text = int(out.texts.size());
+        out.texts.emplace_back(std::move(fullKey), currentText(line, at, current));
         ++r.applied;
     }
+    return out;
+}
+
+} // namespace
+
+LanguageTexts ReadLanguageTexts(const QString& languageFile, const QString& currentLanguage) {
+    QStringList lines;
+    LanguageTexts out;
+    if (TextFile::readLines(languageFile, lines, kMaxLanguageFileBytes).ok())
+        out = pickTexts(lines, QFileInfo(languageFile).size(), currentLanguage);
+    out.languageFile = languageFile;
+    out.currentLanguage = currentLanguage;
+    return out;
+}
+
+LoadResult ApplyLanguageTexts(const LanguageTexts& texts, const ApplyText& apply,
+                              const Progress& progress) {
+    if (!texts.result.read)
+        return texts.result;
+    const auto report = [&](qint64 at) {
+        if (progress)
+            progress(std::min(at, texts.maximum), texts.maximum);
+    };
+    report(0);
+    for (const LanguageTexts::Line& line : texts.lines) {
+        report(line.position);
+        if (line.text >= 0 && apply) {
+            const auto& [key, text] = texts.texts[size_t(line.text)];
+            apply(key, text);
+        }
+    }
     // Read to the end; the lines alone stop short of it by the byte-order mark.
-    report(maximum);
-    return r;
+    report(texts.maximum);
+    return texts.result;
+}
+
+LoadResult LoadLanguages(const QString& languageFile, const QString& currentLanguage,
+                         const ApplyText& apply, const Progress& progress) {
+    return ApplyLanguageTexts(ReadLanguageTexts(languageFile, currentLanguage), apply, progress);
+}
+
+LoadResult LoadLanguageLines(const QStringList& lines, qint64 byteSize,
+                             const QString& currentLanguage, const ApplyText& apply,
+                             const Progress& progress) {
+    return ApplyLanguageTexts(pickTexts(lines, byteSize, currentLanguage), apply, progress);
 }
 
 } // namespace quillora::bLANG

@@ -3,6 +3,8 @@
 #include <QString>
 #include <QStringList>
 #include <functional>
+#include <utility>
+#include <vector>
 
 // The language files: "LANGz.lng" names the language in use, "LANG_Quillora.lng" holds every
 // text of the program in every language, one line per element:
@@ -42,5 +44,23 @@ LoadResult LoadLanguages(const QString& languageFile, const QString& currentLang
 LoadResult LoadLanguageLines(const QStringList& lines, qint64 byteSize,
                              const QString& currentLanguage, const ApplyText& apply,
                              const Progress& progress = {});
+
+// The texts of one language picked out of a language file, to be applied later: reading and
+// picking may run on any thread, ahead of the windows that take the texts.
+struct LanguageTexts {
+    QString languageFile, currentLanguage; // what was read
+    LoadResult result;                     // `applied` counts the texts
+    qint64 maximum = 0;                    // where the progress runs up to
+    struct Line {
+        qint64 position; // the progress after the line
+        int text;        // index into texts, or -1
+    };
+    std::vector<Line> lines;
+    std::vector<std::pair<QString, QString>> texts; // full key, text
+};
+LanguageTexts ReadLanguageTexts(const QString& languageFile, const QString& currentLanguage);
+// Hands the texts to `apply` and the positions to `progress`, as LoadLanguages does.
+LoadResult ApplyLanguageTexts(const LanguageTexts& texts, const ApplyText& apply,
+                              const Progress& progress = {});
 
 } // namespace quillora::bLANG

@@ -172,6 +172,12 @@ bool ownedByTitleRoutine(const QWidget* window, const Target& t) {
 bLANG::LoadResult applyLanguage(QMainWindow* main, Texts& texts, const QString& languageFile,
                                 const QString& currentLanguage,
                                 std::function<void(qint64, qint64)> progress) {
+    return applyLanguage(main, texts, bLANG::ReadLanguageTexts(languageFile, currentLanguage),
+                         std::move(progress));
+}
+
+bLANG::LoadResult applyLanguage(QMainWindow* main, Texts& texts, const bLANG::LanguageTexts& read,
+                                std::function<void(qint64, qint64)> progress) {
     const auto apply = [&](const QString& fullKey, const QString& text) {
         const LanguageKey* key = bLANG::findKey(fullKey);
         if (!key)
@@ -186,8 +192,7 @@ bLANG::LoadResult applyLanguage(QMainWindow* main, Texts& texts, const QString& 
         if (window && !ownedByTitleRoutine(window, t))
             put(window, t, text);
     };
-    const bLANG::LoadResult result =
-        bLANG::LoadLanguages(languageFile, currentLanguage, apply, progress);
+    const bLANG::LoadResult result = bLANG::ApplyLanguageTexts(read, apply, progress);
 
     if (auto* pane = main->findChild<frmAllegati*>()) {
         const QString help = texts.get(QStringLiteral("alleg1"));

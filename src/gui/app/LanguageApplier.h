@@ -24,6 +24,9 @@ namespace quillora::gui {
 bLANG::LoadResult applyLanguage(QMainWindow* main, Texts& texts, const QString& languageFile,
                                 const QString& currentLanguage,
                                 std::function<void(qint64, qint64)> progress = {});
+// The same with the file read beforehand (bLANG::ReadLanguageTexts).
+bLANG::LoadResult applyLanguage(QMainWindow* main, Texts& texts, const bLANG::LanguageTexts& read,
+                                std::function<void(qint64, qint64)> progress = {});
 
 // For a window made after the language was applied: every stored text of that window (by its
 // object name) put on its widgets.

@@ -69,6 +69,7 @@ frmMain::frmMain(QWidget* parent) : QMainWindow(parent), m_texts(session().texts
         m_bars.build(this, [this](const QString& id) { Dks_CommandClick(id); });
     }
     buildPages();
+    readLanguageMeanwhile();
     buildPanes();
     connectPages();
     buildRecentAndOwner();
@@ -76,6 +77,23 @@ frmMain::frmMain(QWidget* parent) : QMainWindow(parent), m_texts(session().texts
 }
 
 frmMain::~frmMain() = default;
+
+void frmMain::readLanguageMeanwhile() {
+    const Session& s = session();
+    m_languageRead = std::async(std::launch::async, &bLANG::ReadLanguageTexts,
+                                s.folders.languageFile(), s.currentLanguage);
+}
+
+bLANG::LanguageTexts frmMain::languageTexts() {
+    const Session& s = session();
+    if (m_languageRead.valid()) {
+        bLANG::LanguageTexts read = m_languageRead.get();
+        if (read.languageFile == s.folders.languageFile() &&
+            read.currentLanguage == s.currentLanguage)
+            return read;
+    }
+    return bLANG::ReadLanguageTexts(s.folders.languageFile(), s.currentLanguage);
+}
 
 void frmMain::buildPages() {
     auto* centre = new QWidget(this);
@@ -196,7 +214,7 @@ void frmMain::Form_Load(const QString& commandLineFile) {
     phase("### xxxLANGUAGExxx ###");
     // Built-in texts first: a language file that lacks a message leaves it readable.
     m_texts = Texts::builtIn(s.currentLanguage);
-    applyLanguage(this, m_texts, s.folders.languageFile(), s.currentLanguage, m_loadProgress);
+    applyLanguage(this, m_texts, languageTexts(), m_loadProgress);
     m_preview->applyTexts(m_texts);
 
     phase("### CaricaNomiCampi ###");

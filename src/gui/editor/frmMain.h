@@ -2,6 +2,7 @@
 
 #include "core/app/EditorSettings.h"
 #include "core/app/Texts.h"
+#include "core/app/bLANG.h"
 #include "core/message/BackgroundSound.h"
 #include "core/message/BodyProperties.h"
 #include "core/message/DocumentConverter.h"
@@ -15,6 +16,7 @@
 #include <QPointer>
 #include <QTemporaryDir>
 #include <functional>
+#include <future>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -215,6 +217,10 @@ protected:
 private:
     void buildPages();
     void buildPanes();
+    // The language file is read on a second thread while the panes are built; Form_Load takes
+    // the texts (or reads the file itself if the language or file changed meanwhile).
+    void readLanguageMeanwhile();
+    bLANG::LanguageTexts languageTexts();
     void buildToolPanes();
     void InitializeSocial();
     void connectPages();
@@ -297,6 +303,7 @@ private:
     QPointer<frmAccount> m_accounts;
     ImportJob* m_import = nullptr;
     std::function<void(qint64, qint64)> m_loadProgress;
+    std::future<bLANG::LanguageTexts> m_languageRead;
     QList<QDockWidget*> m_visualPanes;
     QTemporaryDir m_scratch;
     int m_page = PageVisual;
