@@ -1,6 +1,7 @@
 #include "gui/editor/frmMain.h"
 #include "core/app/Links.h"
 #include "core/editor/CommandTable.h"
+#include "gui/app/ProgramIcon.h"
 #include "gui/editor/SourceView.h"
 #include "gui/message/frmAllegati.h"
 
@@ -38,6 +39,8 @@ protected:
 TEST_F(frmMainTest, StartLogsThePhasesInOrder) {
     frmMain& w = start();
     EXPECT_EQ(w.windowTitle(), "Quillora - [NuovoFile.mssx]");
+    EXPECT_EQ(w.windowIcon().availableSizes(), programIcon().availableSizes());
+    EXPECT_FALSE(w.windowIcon().availableSizes().isEmpty());
     const QStringList lines = log();
     const QStringList phases = {"### Colori e Icone Tab ###",
                                 "### xxxLANGUAGExxx ###",

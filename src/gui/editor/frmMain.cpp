@@ -8,6 +8,7 @@
 #include "core/message/Recovery.h"
 #include "gui/app/ColorStyle.h"
 #include "gui/app/LanguageApplier.h"
+#include "gui/app/ProgramIcon.h"
 #include "gui/app/Session.h"
 #include "gui/app/ThemeIcons.h"
 #include "gui/app/WindowHelpers.h"
@@ -63,7 +64,7 @@ frmMain::frmMain(QWidget* parent) : QMainWindow(parent), m_texts(session().texts
     {
         const std::jthread fonts = loadFontsMeanwhile();
         prepareProgramColorStyle(session().folders);
-        setWindowIcon(QIcon(QStringLiteral(":/quillora/quillora-48.png")));
+        setWindowIcon(programIcon());
         setDockNestingEnabled(true);
         m_texts = Texts::builtIn(session().currentLanguage);
         m_bars.build(this, [this](const QString& id) { Dks_CommandClick(id); });
