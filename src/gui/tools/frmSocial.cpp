@@ -6,17 +6,23 @@
 
 #include <QCloseEvent>
 #include <QComboBox>
+#include <QDir>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QImage>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPixmap>
 #include <QPushButton>
+#include <QSet>
 #include <QTabWidget>
 #include <QToolButton>
 #include <QVBoxLayout>
 
 #include <stdexcept>
+#include <thread>
+#include <vector>
 
 namespace quillora::gui {
 
@@ -116,18 +122,40 @@ void frmSocial::InitializeForm(const std::function<void()>& advance) {
         m_insert->setEnabled(false);
         const QString prefix = session().texts.get(QStringLiteral("socialIndPage"));
         const QString folder = session().folders.appSocial;
+        // The folder is listed once: a missing picture is not asked for, which would try its
+        // name with every picture extension Qt knows. The pictures there are decoded on a
+        // second thread, half of them, while this one decodes the other half.
+        const QStringList listed = QDir(folder).entryList(QDir::Files);
+        const QSet<QString> present(listed.begin(), listed.end());
+        QStringList names;
+        for (int n = 0; n < SocialLinks::kNetworks; ++n) {
+            for (int d = 1; d <= SocialLinks::kDesigns; ++d)
+                names << SocialLinks::iconFileName(d, QStringLiteral("64x64"), n,
+                                                   QStringLiteral(".jpg"));
+        }
+        std::vector<QImage> pictures(size_t(names.size()));
+        const auto decode = [&](qsizetype from, qsizetype to) {
+            for (qsizetype i = from; i < to; ++i) {
+                if (present.contains(names[i]))
+                    pictures[size_t(i)] = QImage(folder + names[i]);
+            }
+        };
+        if (!present.isEmpty()) {
+            const qsizetype half = names.size() / 2;
+            const std::jthread helper(decode, half, names.size());
+            decode(0, half);
+        }
         for (int n = 0; n < SocialLinks::kNetworks; ++n) {
             m_labels[n]->setText(
                 prefix + QString::fromLatin1(SocialLinks::networks()[size_t(n)].labelSuffix));
             if (advance)
                 advance();
             for (int d = 1; d <= SocialLinks::kDesigns; ++d) {
-                const QString name = SocialLinks::iconFileName(d, QStringLiteral("64x64"), n,
-                                                               QStringLiteral(".jpg"));
-                QToolButton* button = m_icons[n * SocialLinks::kDesigns + d - 1];
+                const int i = n * SocialLinks::kDesigns + d - 1;
+                QToolButton* button = m_icons[i];
                 // A missing file leaves the button without a picture.
-                button->setIcon(QIcon(QPixmap(folder + name)));
-                button->setProperty(kTagProperty, name);
+                button->setIcon(QIcon(QPixmap::fromImage(pictures[size_t(i)])));
+                button->setProperty(kTagProperty, names[i]);
                 button->setToolTip(QStringLiteral("%1 %2").arg(m_tabs->tabText(n)).arg(d));
             }
         }
