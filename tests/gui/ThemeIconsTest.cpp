@@ -79,9 +79,13 @@ TEST_F(ThemeIconsTest, PicturesAreTheThemesFreshAndReadBack) {
         EXPECT_FALSE(icon.isNull());
         for (const int side : {16, 22, 48}) {
             for (const QIcon::Mode mode : {QIcon::Normal, QIcon::Disabled, QIcon::Selected}) {
-                const QSize size(side, side);
-                EXPECT_EQ(image(icon.pixmap(size, 1.0, mode)), image(theme.pixmap(size, 1.0, mode)))
-                    << "round " << round << ", " << side << " px, mode " << int(mode);
+                for (const QIcon::State state : {QIcon::Off, QIcon::On}) {
+                    const QSize size(side, side);
+                    EXPECT_EQ(image(icon.pixmap(size, 1.0, mode, state)),
+                              image(theme.pixmap(size, 1.0, mode, state)))
+                        << "round " << round << ", " << side << " px, mode " << int(mode)
+                        << ", state " << int(state);
+                }
             }
         }
     }

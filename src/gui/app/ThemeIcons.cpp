@@ -106,8 +106,8 @@ public:
     QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
         if (size.isEmpty())
             return QPixmap();
-        if (state != QIcon::Off)
-            return theme().pixmap(size, 1.0, mode, state);
+        // A theme has one picture for both states (a checked button shows the same one).
+        Q_UNUSED(state);
         const QPixmap normal = normalPixmap(size);
         if (normal.isNull() || mode == QIcon::Normal)
             return normal;
