@@ -257,6 +257,13 @@ TEST_P(VisualSurfaceDoctype, SurvivesWriteAndRead) {
     auto s = make(true);
     ASSERT_TRUE(load(*s, html));
     EXPECT_EQ(read(*s), html);
+    // Each load replaces the page's file whole; nothing is left beside it.
+    ASSERT_TRUE(load(*s, page(QStringLiteral("<p>short</p>"))));
+    const QStringList files = QDir(dir.path()).entryList(QDir::Files | QDir::Hidden);
+    ASSERT_EQ(files.size(), 1) << files.join(u' ').toStdString();
+    QFile written(dir.filePath(files.front()));
+    ASSERT_TRUE(written.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(written.readAll().startsWith("\xEF\xBB\xBF<"));
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -19,14 +19,16 @@
 #include <QJsonObject>
 #include <QMimeData>
 #include <QPrinter>
-#include <QSaveFile>
 #include <QTemporaryDir>
+#include <QTemporaryFile>
 #include <QWebChannel>
 #include <QWebEngineLoadingInfo>
 #include <QWebEnginePage>
 #include <QWebEngineProfile>
 #include <QWebEngineScript>
 #include <QWebEngineScriptCollection>
+
+#include <cstdio>
 
 // Resources of a static library are only linked in when something names them.
 static void initBridgeResources() {
@@ -44,6 +46,20 @@ bool g_waitingForHtml = false;
 int g_surfaceCount = 0;
 
 constexpr int kStateDebounceMs = 30;
+
+// The page's file is written anew for every load and only read by the engine: written whole
+// under a new name and renamed over the old one, so the engine never reads half a file, but
+// without waiting for the disk as a saved document does (it is made again from the document).
+bool writePageFile(const QString& file, const QByteArray& bytes) {
+    QTemporaryFile out(file + QStringLiteral(".XXXXXX"));
+    if (!out.open() || out.write(bytes) != bytes.size() || !out.flush())
+        return false;
+    if (::rename(QFile::encodeName(out.fileName()).constData(),
+                 QFile::encodeName(file).constData()) != 0)
+        return false;
+    out.setAutoRemove(false); // it is the page's file now
+    return true;
+}
 
 QString resourceText(const QString& path) {
     QFile f(path);
@@ -238,14 +254,9 @@ bool VisualSurface::setDocumentHTML(const QString& html, const QString& workFold
         QStringLiteral(".quillora-%1-%2.html")
             .arg(m_editable ? QLatin1String("visual") : QLatin1String("preview"))
             .arg(m_serial)));
-    QSaveFile out(file);
-    if (!out.open(QIODevice::WriteOnly))
-        return false;
     // A byte order mark outranks any charset the document declares, so the UTF-8 we write is
     // read as UTF-8.
-    out.write("\xEF\xBB\xBF");
-    out.write(html.toUtf8());
-    if (!out.commit())
+    if (!writePageFile(file, "\xEF\xBB\xBF" + html.toUtf8()))
         return false;
     const bool sameFile = m_documentFile == file;
     if (!m_documentFile.isEmpty() && !sameFile)
