@@ -22,14 +22,8 @@ protected:
         m_paths = QIcon::themeSearchPaths();
         m_theme = QIcon::themeName();
         m_cache = themeIconCacheFolder();
-        ASSERT_TRUE(QDir().mkpath(themes.filePath("drawn/scalable")));
-        write(themes.filePath("drawn/index.theme"),
-              "[Icon Theme]\nName=drawn\nDirectories=scalable\n\n"
-              "[scalable]\nSize=16\nMinSize=8\nMaxSize=256\nType=Scalable\n");
-        write(themes.filePath("drawn/scalable/shape.svg"),
-              R"(<svg xmlns="http://www.w3.org/2000/svg" width="16" height="16">)"
-              R"(<circle cx="7" cy="8" r="6.3" fill="#3daee9" fill-opacity="0.6"/>)"
-              R"(<path d="M2 13 L14 3" stroke="#232629" stroke-width="1.3"/></svg>)");
+        writeTheme("drawn", R"(<circle cx="7" cy="8" r="6.3" fill="#3daee9" fill-opacity="0.6"/>)"
+                            R"(<path d="M2 13 L14 3" stroke="#232629" stroke-width="1.3"/>)");
         QIcon::setThemeSearchPaths({themes.path()});
         QIcon::setThemeName(QStringLiteral("drawn"));
         setThemeIconCacheFolder(cache.path());
@@ -40,6 +34,17 @@ protected:
         QIcon::setThemeName(m_theme);
         setThemeIconCacheFolder(m_cache);
         QPixmapCache::clear();
+    }
+    // A theme of one scalable icon, "shape", drawn by `drawing`.
+    void writeTheme(const QString& name, const QByteArray& drawing) {
+        ASSERT_TRUE(QDir().mkpath(themes.filePath(name + "/scalable")));
+        write(themes.filePath(name + "/index.theme"),
+              "[Icon Theme]\nName=" + name.toUtf8() +
+                  "\nDirectories=scalable\n\n"
+                  "[scalable]\nSize=16\nMinSize=8\nMaxSize=256\nType=Scalable\n");
+        write(themes.filePath(name + "/scalable/shape.svg"),
+              R"(<svg xmlns="http://www.w3.org/2000/svg" width="16" height="16">)" + drawing +
+                  "</svg>");
     }
     static void write(const QString& path, const QByteArray& bytes) {
         QFile f(path);
@@ -104,13 +109,7 @@ TEST_F(ThemeIconsTest, PicturesAreTheThemesFreshAndReadBack) {
 
 // A dark scheme switches to a dark theme: icons made before show the new theme's pictures.
 TEST_F(ThemeIconsTest, AnIconFollowsTheThemeInUse) {
-    ASSERT_TRUE(QDir().mkpath(themes.filePath("dark/scalable")));
-    write(themes.filePath("dark/index.theme"),
-          "[Icon Theme]\nName=dark\nDirectories=scalable\n\n"
-          "[scalable]\nSize=16\nMinSize=8\nMaxSize=256\nType=Scalable\n");
-    write(themes.filePath("dark/scalable/shape.svg"),
-          R"(<svg xmlns="http://www.w3.org/2000/svg" width="16" height="16">)"
-          R"(<rect x="2" y="2" width="12" height="12" fill="#eff0f1"/></svg>)");
+    writeTheme("dark", R"(<rect x="2" y="2" width="12" height="12" fill="#eff0f1"/>)");
     const QIcon icon = themeIcon(QStringLiteral("shape"));
     const QImage light = image(icon.pixmap(QSize(16, 16), 1.0));
     QIcon::setThemeName(QStringLiteral("dark"));
