@@ -3,7 +3,7 @@
 // and with one character typed in it, next to a bare web view loading the same 1 MB page.
 //
 // Each start is measured in a fresh process (the web engine's first start dominates), in
-// alternating order; the medians of nine are printed, with the median of the ratios of each
+// alternating order; the medians of fifteen are printed, with the median of the ratios of each
 // editor start to the bare start just before it, which the machine's slower and faster spells
 // touch alike.
 #include "core/app/Folders.h"
@@ -192,7 +192,7 @@ int main(int argc, char** argv) {
     QTemporaryDir data;
     prepareSession(data.path());
     std::vector<double> bare, editor;
-    for (int i = 0; i < 9; ++i) {
+    for (int i = 0; i < 15; ++i) {
         for (const char* mode : {"bare", "editor"}) {
             QProcess p;
             p.start(QApplication::applicationFilePath(), {QString::fromLatin1(mode), data.path()});
