@@ -53,6 +53,16 @@ bool isDaemonProcess(qint64 pid) {
     return procFile(pid, "cmdline").contains(kDaemonProgram);
 }
 
+// A daemon process told to end that has not ended yet. While a process exits, its command
+// line reads empty before it turns into a zombie, so an empty one still counts.
+bool stillEnding(qint64 pid) {
+    const QList<QByteArray> fields = statFields(pid);
+    if (fields.isEmpty() || fields[0] == "Z" || fields[0] == "X")
+        return false;
+    const QByteArray cmdline = procFile(pid, "cmdline");
+    return cmdline.isEmpty() || cmdline.contains(kDaemonProgram);
+}
+
 qint64 parentOf(qint64 pid) {
     const QList<QByteArray> fields = statFields(pid);
     return fields.size() > 1 ? fields[1].toLongLong() : 0;
@@ -86,7 +96,7 @@ void endProcesses(const QList<qint64>& pids, int msecs) {
     for (;;) {
         bool alive = false;
         for (qint64 p : pids)
-            alive = alive || isDaemonProcess(p);
+            alive = alive || stillEnding(p);
         if (!alive)
             return;
         if (deadline.hasExpired())
