@@ -103,7 +103,6 @@ namespace {
 
 LanguageTexts pickTexts(const QStringList& lines, qint64 byteSize, const QString& currentLanguage) {
     LanguageTexts out;
-    out.currentLanguage = currentLanguage;
     LoadResult& r = out.result;
     r.read = true;
 

@@ -45,19 +45,21 @@ QList<QByteArray> statFields(qint64 pid) {
     return stat.mid(close + 2).split(' ');
 }
 
-// A live process (not a zombie) whose command line names the daemon.
-bool isDaemonProcess(qint64 pid) {
+// A process that is there and not a zombie.
+bool running(qint64 pid) {
     const QList<QByteArray> fields = statFields(pid);
-    if (fields.isEmpty() || fields[0] == "Z" || fields[0] == "X")
-        return false;
-    return procFile(pid, "cmdline").contains(kDaemonProgram);
+    return !fields.isEmpty() && fields[0] != "Z" && fields[0] != "X";
+}
+
+// A live process whose command line names the daemon.
+bool isDaemonProcess(qint64 pid) {
+    return running(pid) && procFile(pid, "cmdline").contains(kDaemonProgram);
 }
 
 // A daemon process told to end that has not ended yet. While a process exits, its command
 // line reads empty before it turns into a zombie, so an empty one still counts.
 bool stillEnding(qint64 pid) {
-    const QList<QByteArray> fields = statFields(pid);
-    if (fields.isEmpty() || fields[0] == "Z" || fields[0] == "X")
+    if (!running(pid))
         return false;
     const QByteArray cmdline = procFile(pid, "cmdline");
     return cmdline.isEmpty() || cmdline.contains(kDaemonProgram);

@@ -80,8 +80,10 @@ public:
     bool isNull() override {
         followTheme();
         if (!m_null) {
+            // Pictures kept for the name mean the theme has it, without asking the theme.
             const QString folder = diskFolder();
-            m_null = !(!folder.isEmpty() && QFileInfo::exists(folder)) && theme().isNull();
+            const bool kept = !folder.isEmpty() && QFileInfo::exists(folder);
+            m_null = !kept && theme().isNull();
         }
         return *m_null;
     }
