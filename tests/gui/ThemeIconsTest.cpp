@@ -95,16 +95,35 @@ TEST_F(ThemeIconsTest, PicturesAreTheThemesFreshAndReadBack) {
         }
     }
     // Only normal pictures are kept; the other modes are made from them.
-    EXPECT_EQ(cached(), QStringList({"shape/16x16.png", "shape/22x22.png", "shape/48x48.png"}));
+    EXPECT_EQ(cached(), QStringList({"shape/16x16.argb", "shape/22x22.argb", "shape/48x48.argb"}));
 
-    // What the cache holds is what is shown, without drawing again.
-    QImage red(22, 22, QImage::Format_ARGB32);
-    red.fill(Qt::red);
-    const QString file = QDir(cache.path()).entryList(QDir::Dirs | QDir::NoDotAndDotDot).value(0);
-    ASSERT_TRUE(red.save(cache.filePath(file + QStringLiteral("/shape/22x22.png"))));
+    // What the cache holds is what is shown, without drawing again: the kept pixels (the end of
+    // the file) are made red.
+    const QString folder = QDir(cache.path()).entryList(QDir::Dirs | QDir::NoDotAndDotDot).value(0);
+    const QString file = cache.filePath(folder + QStringLiteral("/shape/22x22.argb"));
+    {
+        QFile kept(file);
+        ASSERT_TRUE(kept.open(QIODevice::ReadWrite));
+        const QByteArray red = QByteArray::fromRawData("\x00\x00\xff\xff", 4).repeated(22 * 22);
+        ASSERT_TRUE(kept.seek(kept.size() - red.size()));
+        ASSERT_EQ(kept.write(red), red.size());
+    }
     QPixmapCache::clear();
     EXPECT_EQ(image(themeIcon(QStringLiteral("shape")).pixmap(QSize(22, 22), 1.0)).pixel(3, 3),
               QColor(Qt::red).rgb());
+
+    // A damaged file is drawn again, and kept whole again.
+    const QImage drawn = image(theme.pixmap(QSize(22, 22), 1.0));
+    for (const qint64 length : {qint64(0), qint64(10), qint64(22 * 22 * 2)}) {
+        ASSERT_TRUE(QFile::resize(file, length));
+        QPixmapCache::clear();
+        EXPECT_EQ(image(themeIcon(QStringLiteral("shape")).pixmap(QSize(22, 22), 1.0)), drawn)
+            << length << " bytes";
+        QPixmapCache::clear();
+        EXPECT_EQ(image(themeIcon(QStringLiteral("shape")).pixmap(QSize(22, 22), 1.0)), drawn)
+            << "read back after " << length << " bytes";
+        EXPECT_GT(QFileInfo(file).size(), 22 * 22 * 4);
+    }
 }
 
 // A dark scheme switches to a dark theme: icons made before show the new theme's pictures.
@@ -142,8 +161,27 @@ TEST_F(ThemeIconsTest, NamesTheThemeLacksGiveNullIconsAndNoFiles) {
     }
     EXPECT_TRUE(themeIcon(QStringLiteral("no-such-icon")).isNull());
     EXPECT_TRUE(cached().isEmpty());
+}
 
-    // Without a cache folder the pictures are still right.
+// Whether the theme has a name is looked up once, and kept: later starts do not read the theme.
+TEST_F(ThemeIconsTest, WhatTheThemeHasIsKept) {
+    EXPECT_FALSE(themeIcon(QStringLiteral("shape")).isNull()); // never drawn
+    EXPECT_TRUE(themeIcon(QStringLiteral("later")).isNull());
+    // The theme changes without a new date: what was kept still holds.
+    ASSERT_TRUE(QFile::rename(themes.filePath("drawn/scalable/shape.svg"),
+                              themes.filePath("drawn/scalable/later.svg")));
+    QIcon::setThemeSearchPaths({themes.path()}); // Qt forgets what it read of the theme
+    ASSERT_TRUE(QIcon::fromTheme(QStringLiteral("shape")).isNull());
+    ASSERT_FALSE(QIcon::fromTheme(QStringLiteral("later")).isNull());
+    EXPECT_FALSE(themeIcon(QStringLiteral("shape")).isNull());
+    EXPECT_TRUE(themeIcon(QStringLiteral("later")).isNull());
+    // Without a cache, the theme is asked.
+    setThemeIconCacheFolder(QString());
+    EXPECT_TRUE(themeIcon(QStringLiteral("shape")).isNull());
+    EXPECT_FALSE(themeIcon(QStringLiteral("later")).isNull());
+}
+
+TEST_F(ThemeIconsTest, WithoutACacheFolderThePicturesAreStillRight) {
     setThemeIconCacheFolder(QString());
     EXPECT_EQ(image(themeIcon(QStringLiteral("shape")).pixmap(QSize(16, 16), 1.0)),
               image(QIcon::fromTheme(QStringLiteral("shape")).pixmap(QSize(16, 16), 1.0)));

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QHash>
 #include <QIconEngine>
@@ -12,6 +13,7 @@
 #include <QStyle>
 #include <QStyleOption>
 
+#include <cstring>
 #include <map>
 #include <optional>
 #include <tuple>
@@ -67,6 +69,53 @@ QString sizeText(const QSize& size) {
     return QStringLiteral("%1x%2").arg(size.width()).arg(size.height());
 }
 
+// A kept picture is its pixels as they are in memory, after a small header: reading one back is a
+// copy, with no decoder to find (looking for one loads every picture plugin Qt has) and none to
+// run.
+constexpr char kPictureSuffix[] = ".argb";
+constexpr char kPictureMagic[4] = {'Q', 'I', 'C', '1'};
+constexpr int kLargestKept = 1024;
+
+struct PictureHeader {
+    char magic[4];
+    quint32 width;
+    quint32 height;
+};
+
+QImage readPicture(const QString& file) {
+    QFile in(file);
+    if (!in.open(QIODevice::ReadOnly))
+        return QImage();
+    PictureHeader header;
+    if (in.read(reinterpret_cast<char*>(&header), sizeof header) != qint64(sizeof header) ||
+        std::memcmp(header.magic, kPictureMagic, sizeof kPictureMagic) != 0 || header.width == 0 ||
+        header.height == 0 || header.width > kLargestKept || header.height > kLargestKept)
+        return QImage();
+    QImage image(int(header.width), int(header.height), QImage::Format_ARGB32_Premultiplied);
+    // Lines of 32-bit pixels are never padded.
+    const qint64 bytes = qint64(image.sizeInBytes());
+    if (image.isNull() || in.size() != qint64(sizeof header) + bytes ||
+        in.read(reinterpret_cast<char*>(image.bits()), bytes) != bytes)
+        return QImage();
+    return image;
+}
+
+void writePicture(const QString& file, const QImage& picture) {
+    const QImage image = picture.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    if (image.width() > kLargestKept || image.height() > kLargestKept)
+        return;
+    PictureHeader header;
+    std::memcpy(header.magic, kPictureMagic, sizeof kPictureMagic);
+    header.width = quint32(image.width());
+    header.height = quint32(image.height());
+    QSaveFile out(file);
+    if (out.open(QIODevice::WriteOnly) &&
+        out.write(reinterpret_cast<const char*>(&header), sizeof header) == qint64(sizeof header) &&
+        out.write(reinterpret_cast<const char*>(image.constBits()), image.sizeInBytes()) ==
+            image.sizeInBytes())
+        out.commit();
+}
+
 // Pictures are kept by the icon itself, for the current theme: looking them up is on every paint
 // and every size hint of a button.
 class CachedThemeIconEngine final : public QIconEngine {
@@ -79,12 +128,8 @@ public:
 
     bool isNull() override {
         followTheme();
-        if (!m_null) {
-            // Pictures kept for the name mean the theme has it, without asking the theme.
-            const QString folder = diskFolder();
-            const bool kept = !folder.isEmpty() && QFileInfo::exists(folder);
-            m_null = !kept && theme().isNull();
-        }
+        if (!m_null)
+            m_null = lacking();
         return *m_null;
     }
 
@@ -143,6 +188,27 @@ private:
         m_null.reset();
     }
 
+    // Whether the theme lacks the name. Looking it up reads the theme's index, which is large,
+    // so the answer is kept in the cache: an icon's folder means the theme has the name (the
+    // folder is there once a picture was kept), a file in ".lacking" that it has not.
+    bool lacking() {
+        const QString folder = diskFolder();
+        if (folder.isEmpty())
+            return theme().isNull();
+        const QString marker = themeFolder() + QStringLiteral("/.lacking/") + m_name;
+        if (QFileInfo::exists(folder))
+            return false;
+        if (QFileInfo::exists(marker))
+            return true;
+        const bool null = theme().isNull();
+        // A cache that cannot be written only means looking it up again next time.
+        if (!null)
+            QDir().mkpath(folder);
+        else if (QDir().mkpath(QFileInfo(marker).path()))
+            QFile(marker).open(QIODevice::WriteOnly);
+        return null;
+    }
+
     // The icon's folder in the cache, or empty.
     QString diskFolder() const {
         const QString folder = storable(m_name) ? themeFolder() : QString();
@@ -155,17 +221,18 @@ private:
         if (const auto found = m_normal.find(key); found != m_normal.end())
             return found->second;
         const QString folder = diskFolder();
-        const QString file =
-            folder.isEmpty() ? folder : folder + u'/' + sizeText(size) + QStringLiteral(".png");
+        const QString file = folder.isEmpty()
+                                 ? folder
+                                 : folder + u'/' + sizeText(size) + QLatin1String(kPictureSuffix);
+        QImage kept = file.isEmpty() ? QImage() : readPicture(file);
         QPixmap pm;
-        if (file.isEmpty() || !pm.load(file, "PNG")) {
+        if (!kept.isNull()) {
+            pm = QPixmap::fromImage(std::move(kept));
+        } else {
             pm = theme().pixmap(size, 1.0);
             // A cache that cannot be written only means drawing again next time.
-            if (!pm.isNull() && !file.isEmpty() && QDir().mkpath(folder)) {
-                QSaveFile out(file);
-                if (out.open(QIODevice::WriteOnly) && pm.save(&out, "PNG"))
-                    out.commit();
-            }
+            if (!pm.isNull() && !file.isEmpty() && QDir().mkpath(folder))
+                writePicture(file, pm.toImage());
         }
         m_normal.emplace(key, pm);
         return pm;
