@@ -2,6 +2,7 @@
 #include "core/app/Links.h"
 #include "core/editor/CommandTable.h"
 #include "gui/app/ProgramIcon.h"
+#include "gui/editor/PreviewPane.h"
 #include "gui/editor/SourceView.h"
 #include "gui/message/frmAllegati.h"
 
@@ -618,6 +619,8 @@ TEST_F(frmMainTest, ARealNewsletterShowsEveryPictureOnEveryPage) {
     ASSERT_FALSE(HasFailure());
     frmMain& w = start(path);
     w.resize(1280, 860);
+    EXPECT_EQ(w.previewPane()->findChild<VisualSurface*>(), nullptr)
+        << "the preview's page is made when the preview is first shown";
     // Every picture of the newsletter (six; its seventh file is a background) comes from the
     // restored copies, in both pages.
     EXPECT_EQ(loadedPictures(w.visualPage()), 6);

@@ -34,7 +34,7 @@ QString fieldName(const char* token) {
 
 } // namespace
 
-PreviewPane::PreviewPane(VisualSurface* web, QWidget* parent) : QWidget(parent), m_web(web) {
+PreviewPane::PreviewPane(QWidget* parent) : QWidget(parent) {
     setObjectName(u"PreviewPane"_s);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -87,12 +87,10 @@ PreviewPane::PreviewPane(VisualSurface* web, QWidget* parent) : QWidget(parent),
     QPalette p = m_stage->palette();
     p.setColor(QPalette::Window, QColor(0x80, 0x80, 0x80));
     m_stage->setPalette(p);
-    auto* stage = new QHBoxLayout(m_stage);
-    stage->setContentsMargins(0, 0, 0, 0);
-    stage->addStretch(0);
-    m_web->setParent(m_stage);
-    stage->addWidget(m_web, 1);
-    stage->addStretch(0);
+    m_stageLayout = new QHBoxLayout(m_stage);
+    m_stageLayout->setContentsMargins(0, 0, 0, 0);
+    m_stageLayout->addStretch(0);
+    m_stageLayout->addStretch(0); // the surface goes between the two
     layout->addWidget(m_stage, 1);
 
     connect(m_width, &QComboBox::currentIndexChanged, this,
@@ -106,7 +104,17 @@ PreviewPane::PreviewPane(VisualSurface* web, QWidget* parent) : QWidget(parent),
     });
     connect(m_sample, &QToolButton::toggled, this, [this] { render(); });
     connect(m_editSample, &QAction::triggered, this, &PreviewPane::editSampleRecipient);
-    connect(m_web, &VisualSurface::documentComplete, this, &PreviewPane::afterLoad);
+}
+
+VisualSurface* PreviewPane::surface() {
+    if (!m_web) {
+        m_web = new VisualSurface(false, m_stage);
+        m_web->setObjectName(u"WEB"_s);
+        m_stageLayout->insertWidget(1, m_web, 1);
+        connect(m_web, &VisualSurface::documentComplete, this, &PreviewPane::afterLoad);
+        applyWidth();
+    }
+    return m_web;
 }
 
 void PreviewPane::showBody(const QString& html, const QString& folder) {
@@ -121,7 +129,7 @@ void PreviewPane::render() {
     QString html = m_html;
     if (m_sample->isChecked())
         html = fillSample(html, SendSettings::read(settingsFile()).sample);
-    m_web->setDocumentHTML(html, m_folder);
+    surface()->setDocumentHTML(html, m_folder);
 }
 
 void PreviewPane::afterLoad() {
@@ -141,8 +149,18 @@ void PreviewPane::setWidthPreset(Width width) {
         m_width->setCurrentIndex(int(width)); // comes back here
         return;
     }
+    applyWidth();
+    // Loaded afresh at the new width, the page lays out as it would on that screen from the
+    // start (and the darkening, which depends on the layout, is applied again).
+    render();
+}
+
+void PreviewPane::applyWidth() {
+    if (!m_web)
+        return;
     // A fixed width is the viewport a phone or tablet gives the message, so its media queries
     // apply as they would there.
+    const Width width = widthPreset();
     const int px = width == Width::Phone ? kPhonePx : width == Width::Tablet ? kTabletPx : 0;
     if (px > 0) {
         m_web->setFixedWidth(px);
@@ -150,9 +168,6 @@ void PreviewPane::setWidthPreset(Width width) {
         m_web->setMinimumWidth(0);
         m_web->setMaximumWidth(QWIDGETSIZE_MAX);
     }
-    // Loaded afresh at the new width, the page lays out as it would on that screen from the
-    // start (and the darkening, which depends on the layout, is applied again).
-    render();
 }
 
 PreviewPane::Width PreviewPane::widthPreset() const {

@@ -5,6 +5,7 @@
 
 class QAction;
 class QComboBox;
+class QHBoxLayout;
 class QToolButton;
 
 namespace quillora {
@@ -25,7 +26,7 @@ public:
     static constexpr int kPhonePx = 375;
     static constexpr int kTabletPx = 768;
 
-    PreviewPane(VisualSurface* web, QWidget* parent = nullptr);
+    explicit PreviewPane(QWidget* parent = nullptr);
 
     // Shows a body (its references already pointing where the preview finds the files).
     void showBody(const QString& html, const QString& folder);
@@ -41,7 +42,9 @@ public:
     void editSampleRecipient();
 
     void applyTexts(const Texts& texts);
-    VisualSurface* surface() const { return m_web; }
+    // The preview's surface, made when first asked for: most sessions never open the preview,
+    // and a web page of its own would cost every start a few milliseconds.
+    VisualSurface* surface();
 
 signals:
     // The preview shows the last body with every current option applied.
@@ -50,10 +53,12 @@ signals:
 private:
     void render();
     void afterLoad();
+    void applyWidth();
     QString settingsFile() const;
 
-    VisualSurface* m_web;
+    VisualSurface* m_web = nullptr;
     QWidget* m_stage = nullptr;
+    QHBoxLayout* m_stageLayout = nullptr;
     QComboBox* m_width = nullptr;
     QToolButton* m_dark = nullptr;
     QAction* m_forceDark = nullptr;

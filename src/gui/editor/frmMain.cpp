@@ -112,11 +112,9 @@ void frmMain::buildPages() {
     DHTML = new VisualSurface(true, Tbs);
     DHTML->setObjectName(QStringLiteral("DHTML"));
     CODE = new SourceView(Tbs);
-    WEB = new VisualSurface(false, Tbs);
-    WEB->setObjectName(QStringLiteral("WEB"));
     Tbs->addTab(DHTML, themeIcon(QStringLiteral("document-edit")), QStringLiteral("Design"));
     Tbs->addTab(CODE, themeIcon(QStringLiteral("text-html")), QStringLiteral("HTML"));
-    m_preview = new PreviewPane(WEB, Tbs);
+    m_preview = new PreviewPane(Tbs);
     Tbs->addTab(m_preview, themeIcon(QStringLiteral("document-preview")),
                 QStringLiteral("Preview"));
     Tbs->setTabToolTip(PageVisual, QStringLiteral("Edit the message as it will look"));

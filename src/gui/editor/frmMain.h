@@ -191,7 +191,7 @@ public:
 
     const MessageDocument& document() const { return m_doc; }
     VisualSurface* visualPage() const { return DHTML; }
-    VisualSurface* previewPage() const { return WEB; }
+    VisualSurface* previewPage() const;
     SourceView* sourcePage() const { return CODE; }
     QTabWidget* tabs() const { return Tbs; }
     frmAllegati* attachments() const { return m_allegati; }
@@ -275,7 +275,6 @@ private:
     QTabWidget* Tbs = nullptr;
     VisualSurface* DHTML = nullptr;
     SourceView* CODE = nullptr;
-    VisualSurface* WEB = nullptr;
     PreviewPane* m_preview = nullptr;
     QPointer<frmCheckMessage> m_check;
     QPointer<frmSendTest> m_sendTest;

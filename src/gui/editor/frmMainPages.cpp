@@ -117,6 +117,10 @@ void frmMain::connectPages() {
         connect(bar, &QToolBar::visibilityChanged, this, &frmMain::CheckToolbarStatus);
 }
 
+VisualSurface* frmMain::previewPage() const {
+    return m_preview->surface();
+}
+
 void frmMain::Tbs_SelectedChanged(int page) {
     const int previous = m_page;
     if (page == previous)
@@ -165,7 +169,7 @@ void frmMain::Tbs_SelectedChanged(int page) {
     } else if (page == PageSource)
         CODE->setFocus();
     else
-        WEB->setFocus();
+        m_preview->surface()->setFocus();
     CheckToolBar(page == PageVisual);
     for (QDockWidget* d : m_visualPanes)
         d->setEnabled(page == PageVisual);
