@@ -37,20 +37,6 @@ protected:
     }
 };
 
-// The program decodes its icon itself: every picture is there, as Qt would read it.
-TEST(ProgramIcon, HoldsEveryPictureAsDrawn) {
-    const QIcon icon = programIcon();
-    ASSERT_EQ(icon.availableSizes(), QList<QSize>({{16, 16}, {32, 32}, {48, 48}, {128, 128}}));
-    for (const int side : {16, 32, 48, 128}) {
-        const QImage drawn(QStringLiteral(":/icons/quillora-%1.png").arg(side));
-        ASSERT_FALSE(drawn.isNull()) << side;
-        EXPECT_EQ(
-            icon.pixmap(QSize(side, side), 1.0).toImage().convertToFormat(QImage::Format_ARGB32),
-            drawn.convertToFormat(QImage::Format_ARGB32))
-            << side << " px";
-    }
-}
-
 TEST_F(frmMainTest, StartLogsThePhasesInOrder) {
     frmMain& w = start();
     EXPECT_EQ(w.windowTitle(), "Quillora - [NuovoFile.mssx]");

@@ -1,6 +1,7 @@
 #include "gui/app/ColorStyle.h"
 
 #include "core/app/Folders.h"
+#include "gui/app/Pictures.h"
 #include "gui/app/Reported.h"
 
 #include <QAbstractSpinBox>
@@ -437,13 +438,13 @@ public:
                        const QWidget* widget) const override {
         const ColorScheme* scheme = programColorScheme();
         if (!scheme || !isGlyph(sp))
-            return QProxyStyle::standardIcon(sp, option, widget);
+            return untinted(sp, option, widget);
         // Asked for on every paint of a pane's title: each glyph is tinted once per colour.
         const QColor tint = schemeColour(*scheme, cs::DockColour(DockPart::Text));
         const auto key = std::make_pair(int(sp), tint.rgb());
         if (const auto found = m_tinted.constFind(key); found != m_tinted.cend())
             return *found;
-        const QIcon icon = QProxyStyle::standardIcon(sp, option, widget);
+        const QIcon icon = untinted(sp, option, widget);
         if (icon.isNull())
             return icon;
         return *m_tinted.insert(key, tinted(icon, tint));
@@ -451,6 +452,22 @@ public:
 
 private:
     mutable QMap<std::pair<int, QRgb>, QIcon> m_tinted;
+    mutable QMap<int, QIcon> m_glyphs;
+
+    // The glyphs every window shows at once come from Qt's pictures without its readers.
+    QIcon untinted(StandardPixmap sp, const QStyleOption* option, const QWidget* widget) const {
+        const Qt::LayoutDirection direction = option   ? option->direction
+                                              : widget ? widget->layoutDirection()
+                                                       : QGuiApplication::layoutDirection();
+        if (direction == Qt::LeftToRight) {
+            if (const auto found = m_glyphs.constFind(int(sp)); found != m_glyphs.cend())
+                return *found;
+            const QIcon glyph = qtGlyphIcon(sp, direction);
+            if (!glyph.isNull())
+                return *m_glyphs.insert(int(sp), glyph);
+        }
+        return QProxyStyle::standardIcon(sp, option, widget);
+    }
 
     static bool isGlyph(StandardPixmap sp) {
         switch (sp) {
