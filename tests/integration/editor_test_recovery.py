@@ -123,6 +123,24 @@ class Recovery(unittest.TestCase):
         second.signal(signal.SIGTERM)
         self.assertEqual(second.wait(20), 0)
 
+    def test_a_signal_while_the_window_loads_ends_the_editor_once_it_is_built(self):
+        # The window lets the event loop run while its first page begins to load: a logout that
+        # comes then waits for the window instead of closing half of it.
+        for attempt in range(3):
+            home = Home(os.path.join(self.tmp.name, f"start-{attempt}"))
+            editor = self.start(home)
+            deadline = time.monotonic() + 60
+            while "### NuovoMessaggio ###" not in home.log():
+                self.assertIsNone(editor.proc.poll(), editor.stderr())
+                self.assertLess(time.monotonic(), deadline, "the window never began to load")
+                time.sleep(0.001)
+            editor.signal(signal.SIGTERM)
+            self.assertEqual(editor.wait(20), 0, editor.stderr())
+            log = home.log()
+            self.assertIn("-- Chiusura su segnale --", log)
+            self.assertIn("Fine applicazione", log.split("-- Chiusura su segnale --", 1)[1])
+            self.assertEqual(home.recovery_copies(), [])
+
     def test_a_message_open_in_one_editor_is_brought_forward_by_another(self):
         home = Home(self.tmp.name, auto_save_seconds=1)
         message = os.path.join(self.tmp.name, "offer.mssx")

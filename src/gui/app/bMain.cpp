@@ -28,7 +28,7 @@ namespace quillora::gui::bMain {
 namespace {
 
 int g_signalFds[2] = {-1, -1};
-bool g_quitBeforeWindow = false; // a signal came before the main window was there
+bool g_quitBeforeWindow = false; // a signal came before the main window was there, or built
 
 void onSignal(int) {
     const char c = 1;
@@ -47,7 +47,9 @@ void installSignalHandlers() {
         // Like a desktop logout: nobody can answer a question now, so the main window keeps
         // unsaved changes in its recovery copy and closes without asking.
         for (QWidget* w : QApplication::topLevelWidgets()) {
-            if (auto* main = qobject_cast<frmMain*>(w)) {
+            // A window still being built (its load lets the event loop run) is not there yet.
+            auto* main = qobject_cast<frmMain*>(w);
+            if (main && !main->isLoading()) {
                 main->closeForLogout();
                 return;
             }

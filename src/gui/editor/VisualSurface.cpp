@@ -318,6 +318,18 @@ void VisualSurface::loadDocumentFile() {
     load(url);
 }
 
+void VisualSurface::letTheLoadBegin(int timeoutMs) {
+    if (m_loadStarted || m_ready || m_documentFile.isEmpty())
+        return;
+    QEventLoop wait;
+    QTimer::singleShot(timeoutMs, &wait, &QEventLoop::quit);
+    connect(m_page, &QWebEnginePage::loadingChanged, &wait, [this, &wait] {
+        if (m_loadStarted || m_ready)
+            wait.quit();
+    });
+    wait.exec(QEventLoop::ExcludeUserInputEvents);
+}
+
 void VisualSurface::maybeComplete() {
     if (m_ready || !m_loaded || !m_bridgeReady)
         return;

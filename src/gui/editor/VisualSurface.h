@@ -45,6 +45,10 @@ public:
     // (old document kept) when the file cannot be written. An empty workFolder uses a private
     // temporary folder.
     bool setDocumentHTML(const QString& html, const QString& workFolder);
+    // Runs the event loop, without user input, until the engine has begun the current load or
+    // timeoutMs have passed. The engine begins a load only from the event loop: begun before the
+    // rest of a window is built and painted, it runs meanwhile instead of after.
+    void letTheLoadBegin(int timeoutMs);
     // Loaded, and the bridge answers.
     bool isReady() const { return m_ready; }
     // Grows with every document load, whoever asked for it.

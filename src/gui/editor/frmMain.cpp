@@ -31,6 +31,7 @@
 #include <QLabel>
 #include <QProcess>
 #include <QSaveFile>
+#include <QScopeGuard>
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QTimer>
@@ -43,6 +44,9 @@
 namespace quillora::gui {
 
 namespace {
+// The engine begins a load in a few milliseconds; a slower one begins it later, as before.
+constexpr int kLoadBeginMs = 15;
+
 void phase(const char* line) {
     bError::wrtErrFree(QString::fromLatin1(line));
 }
@@ -183,6 +187,8 @@ void frmMain::Modificato() {
 }
 
 void frmMain::Form_Load(const QString& commandLineFile) {
+    m_loading = true;
+    const auto loaded = qScopeGuard([this] { m_loading = false; });
     Session& s = session();
     startRecovery();
     {
@@ -232,6 +238,9 @@ void frmMain::Form_Load(const QString& commandLineFile) {
     ColoraEditCode();
     phase("### NuovoMessaggio ###");
     NuovoMessaggio();
+    // The page's load begins as soon as the engine gets the event loop: the panes, the colour
+    // pop-up and the social window are built, and the window painted, while it loads.
+    DHTML->letTheLoadBegin(kLoadBeginMs);
 
     phase("### DockAllegati ###");
     if (!dockWidgetArea(dckAllegati) || dockWidgetArea(dckAllegati) == Qt::NoDockWidgetArea)

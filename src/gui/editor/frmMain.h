@@ -66,6 +66,9 @@ public:
 
     // Start-up: the loading phases, each announced in the log, then the command-line file.
     void Form_Load(const QString& commandLineFile);
+    // Inside Form_Load, which lets the event loop run for a moment while the first page begins
+    // to load: a close asked for meanwhile waits until it is over.
+    bool isLoading() const { return m_loading; }
 
     // Shutdown: the save question, placement and layout, working folder, closing log lines.
     void ChiudiEDITOR();
@@ -317,6 +320,7 @@ private:
     PagesInStep pagesNow() const;
     bool m_closing = false;
     bool m_terminating = false; // closing on a signal or for the session: no question
+    bool m_loading = false;
     EditorSettings m_settings;
     std::unique_ptr<Recovery::Writer> m_recoveryWriter;
     QTimer* m_autoSave = nullptr;
