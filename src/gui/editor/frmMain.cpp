@@ -238,8 +238,8 @@ void frmMain::Form_Load(const QString& commandLineFile) {
     ColoraEditCode();
     phase("### NuovoMessaggio ###");
     NuovoMessaggio();
-    // The page's load begins as soon as the engine gets the event loop: the panes, the colour
-    // pop-up and the social window are built, and the window painted, while it loads.
+    // The page's load begins as soon as the engine gets the event loop: the panes are placed,
+    // the colour pop-up and the social window made, and the window shown, while it loads.
     DHTML->letTheLoadBegin(kLoadBeginMs);
 
     phase("### DockAllegati ###");
