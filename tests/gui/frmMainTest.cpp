@@ -66,6 +66,27 @@ TEST_F(frmMainTest, StartLogsThePhasesInOrder) {
     EXPECT_FALSE(w.DaSalvare());
 }
 
+// Tab from the subject crosses the bars, then the pages' strip, then the panes.
+TEST_F(frmMainTest, TheKeyboardOrderRunsFromTheBarsToThePagesToThePanes) {
+    frmMain& w = start();
+    QStringList order;
+    for (QWidget* x = w.findChild<QLineEdit*>("txtOggetto"); order.size() < 500;
+         x = x->nextInFocusChain()) {
+        if (x == &w)
+            break;
+        if (x->isVisibleTo(&w) && (x->focusPolicy() & Qt::TabFocus))
+            order << x->objectName();
+    }
+    const qsizetype subject = order.indexOf("txtOggetto");
+    const qsizetype font = order.indexOf("cmbFontName");
+    const qsizetype tabs = order.indexOf("Tbs");
+    const qsizetype attachments = order.indexOf("LIST");
+    EXPECT_EQ(subject, 0) << order.join(' ').toStdString();
+    EXPECT_GT(font, subject) << order.join(' ').toStdString();
+    EXPECT_GT(tabs, font) << order.join(' ').toStdString();
+    EXPECT_GT(attachments, tabs) << order.join(' ').toStdString();
+}
+
 TEST_F(frmMainTest, CommandLineFileIsOpened) {
     MessageDocument d;
     d.subject = "From the command line";

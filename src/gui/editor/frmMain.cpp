@@ -71,6 +71,11 @@ frmMain::frmMain(QWidget* parent) : QMainWindow(parent), m_texts(session().texts
         setWindowIcon(programIcon());
         setDockNestingEnabled(true);
         m_texts = Texts::builtIn(session().currentLanguage);
+        // The visual page first: it starts the web engine, which waits some 30 ms for its
+        // helper process, and the fonts load meanwhile instead of holding up the bars. It has
+        // no place of its own in the keyboard's order, so the bars still come before the pages.
+        DHTML = new VisualSurface(true, this);
+        DHTML->setObjectName(QStringLiteral("DHTML"));
         m_bars.build(this, [this](const QString& id) { Dks_CommandClick(id); });
     }
     buildPages();
@@ -113,8 +118,6 @@ void frmMain::buildPages() {
     // Set before the pages are in: set later, the sheets would polish them all again.
     Tbs->setStyleSheet(QStringLiteral("QTabBar::tab:selected { font-weight: bold; }"));
     SetStyleColor(Tbs);
-    DHTML = new VisualSurface(true, Tbs);
-    DHTML->setObjectName(QStringLiteral("DHTML"));
     CODE = new SourceView(Tbs);
     Tbs->addTab(DHTML, themeIcon(QStringLiteral("document-edit")), QStringLiteral("Design"));
     Tbs->addTab(CODE, themeIcon(QStringLiteral("text-html")), QStringLiteral("HTML"));
