@@ -133,6 +133,35 @@ TEST_F(frmMainTest, BoldSnippetsAndMergeTokensLandAtTheCaret) {
     }
 }
 
+// Most sessions never open the source page: it is made when first shown, with the body the
+// visual page holds, the colours of its scheme file, and its edits counted as any other.
+TEST_F(frmMainTest, TheSourcePageIsMadeWhenFirstShown) {
+    {
+        QFile scheme(quillora::gui::session().folders.pathFileImp + "SyntaxEdit.dll");
+        ASSERT_TRUE(scheme.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        scheme.write("[HTML]\r\nPaper.......: #102030\r\nTag.........: #A0B0C0\r\n");
+    }
+    frmMain& w = start();
+    EXPECT_EQ(w.findChild<SourceView*>(), nullptr);
+    setBody("<html><head></head><body><p>Made late</p></body></html>");
+    w.tabs()->setCurrentIndex(frmMain::PageSource);
+    auto* code = w.findChild<SourceView*>();
+    ASSERT_NE(code, nullptr);
+    EXPECT_EQ(code, w.sourcePage());
+    EXPECT_TRUE(code->isVisible());
+    EXPECT_TRUE(code->text().contains("<p>Made late</p>"));
+    EXPECT_EQ(code->lexer()->defaultPaper(), QColor("#102030"));
+    EXPECT_EQ(code->lexer()->color(QsciLexerHTML::Tag), QColor("#A0B0C0"));
+    EXPECT_FALSE(w.DaSalvare());
+    code->SendScintilla(QsciScintilla::SCI_DOCUMENTEND);
+    QTest::keyClicks(code->viewport(), "<!-- typed -->");
+    EXPECT_TRUE(w.DaSalvare());
+    QSignalSpy rebuilt(w.visualPage(), &VisualSurface::documentComplete);
+    w.tabs()->setCurrentIndex(frmMain::PageVisual);
+    ASSERT_TRUE(rebuilt.count() > 0 || rebuilt.wait(20000));
+    EXPECT_TRUE(html().contains("<!-- typed -->"));
+}
+
 TEST_F(frmMainTest, PagesKeepTheTextAcrossSwitches) {
     frmMain& w = start();
     setBody("<html><head></head><body><p>Visual text</p></body></html>");

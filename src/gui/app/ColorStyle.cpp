@@ -655,6 +655,17 @@ void colourWindow(QWidget* window, const ColorScheme& scheme) {
     });
 }
 
+void colourControls(QWidget* control, const ColorScheme& scheme) {
+    if (!control)
+        return;
+    reported(QStringLiteral("bColorStyle.colourControls()"), control, [&] {
+        applySheets(control, scheme);
+        control->ensurePolished();
+        colourControl(control, scheme);
+        colourTree(control, scheme);
+    });
+}
+
 void SetColorDockStudio(QWidget* control, const ColorScheme& scheme) {
     if (!control)
         return;

@@ -39,6 +39,10 @@ QPalette SchemePalette(const ColorScheme& scheme);
 // the same or another scheme, gives the same result as calling it once.
 void colourWindow(QWidget* window, const ColorScheme& scheme);
 
+// Colours a control made after its window was coloured, and the controls inside it, as
+// colourWindow coloured the rest of the window.
+void colourControls(QWidget* control, const ColorScheme& scheme);
+
 // Docking panes, toolbars, menu bars, menus and status bars (bColorStyle::DockColour).
 void SetColorDockStudio(QWidget* control, const ColorScheme& scheme);
 

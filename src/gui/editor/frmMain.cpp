@@ -118,9 +118,12 @@ void frmMain::buildPages() {
     // Set before the pages are in: set later, the sheets would polish them all again.
     Tbs->setStyleSheet(QStringLiteral("QTabBar::tab:selected { font-weight: bold; }"));
     SetStyleColor(Tbs);
-    CODE = new SourceView(Tbs);
+    m_sourceHost = new QWidget(Tbs);
+    m_sourceHost->setObjectName(QStringLiteral("CODEPage"));
+    auto* sourceLayout = new QVBoxLayout(m_sourceHost);
+    sourceLayout->setContentsMargins(0, 0, 0, 0);
     Tbs->addTab(DHTML, themeIcon(QStringLiteral("document-edit")), QStringLiteral("Design"));
-    Tbs->addTab(CODE, themeIcon(QStringLiteral("text-html")), QStringLiteral("HTML"));
+    Tbs->addTab(m_sourceHost, themeIcon(QStringLiteral("text-html")), QStringLiteral("HTML"));
     m_preview = new PreviewPane(Tbs);
     Tbs->addTab(m_preview, themeIcon(QStringLiteral("document-preview")),
                 QStringLiteral("Preview"));

@@ -195,7 +195,8 @@ public:
     const MessageDocument& document() const { return m_doc; }
     VisualSurface* visualPage() const { return DHTML; }
     VisualSurface* previewPage() const;
-    SourceView* sourcePage() const { return CODE; }
+    // The source page, made when first asked for: most sessions never open it.
+    SourceView* sourcePage();
     QTabWidget* tabs() const { return Tbs; }
     frmAllegati* attachments() const { return m_allegati; }
     CommandBars& bars() { return m_bars; }
@@ -230,6 +231,10 @@ private:
     void CaricaFont();
     void CaricaSize();
     void ColoraEditCode();
+    // The body as the source page holds it, whether or not the page has been made yet.
+    QString sourceText() const;
+    void setSourceText(const QString& html);
+    void connectSourcePage();
     // False, after saying why, when the accounts store could not be opened at start-up.
     bool accountsReady();
     void buildPropertyPane();
@@ -277,7 +282,11 @@ private:
     Texts& m_texts; // the session's
     QTabWidget* Tbs = nullptr;
     VisualSurface* DHTML = nullptr;
-    SourceView* CODE = nullptr;
+    SourceView* CODE = nullptr;      // see sourcePage()
+    QWidget* m_sourceHost = nullptr; // the source page's tab, which CODE fills once made
+    QString m_sourceText;            // CODE's text until it is made
+    QString m_sourceScheme;          // the syntax colours CODE is made with
+    QMenu* m_editMenu = nullptr;     // "popModifica", the pages' context menu
     PreviewPane* m_preview = nullptr;
     QPointer<frmCheckMessage> m_check;
     QPointer<frmSendTest> m_sendTest;

@@ -96,7 +96,7 @@ void frmMain::runCommand(const QString& id) {
             else
                 DHTML->execCommand(c.decmd);
         } else if (m_page == PageSource) {
-            runSourceCommand(CODE, c.decmd);
+            runSourceCommand(sourcePage(), c.decmd);
         } else {
             break; // the preview is never edited
         }
@@ -302,12 +302,13 @@ void frmMain::updateCheckButtonCODE() {
         if (QAction* a = m_bars.action(QString::fromLatin1(id)))
             a->setEnabled(on);
     };
-    enable("cmdTaglia", CODE->hasSelectedText());
-    enable("cmdCopia", CODE->hasSelectedText());
-    enable("cmdIncolla", !CODE->isReadOnly());
-    enable("cmdUndo", CODE->isUndoAvailable());
-    enable("cmdRedo", CODE->isRedoAvailable());
-    enable("cmdSelezionaTutto", CODE->length() > 0);
+    const SourceView* code = sourcePage();
+    enable("cmdTaglia", code->hasSelectedText());
+    enable("cmdCopia", code->hasSelectedText());
+    enable("cmdIncolla", !code->isReadOnly());
+    enable("cmdUndo", code->isUndoAvailable());
+    enable("cmdRedo", code->isRedoAvailable());
+    enable("cmdSelezionaTutto", code->length() > 0);
 }
 
 void frmMain::CheckToolbarStatus() {

@@ -61,7 +61,7 @@ void frmMain::showBody(const QString& html, bool markModifiedWhenChanged, const 
             emit self->documentLoaded();
         },
         Qt::SingleShotConnection);
-    CODE->setSourceText(html);
+    setSourceText(html);
     if (!DHTML->setDocumentHTML(html, folder)) {
         m_pagesInStep.reset();
         // The page keeps its old document, so the body is edited on the source page instead;
@@ -174,7 +174,7 @@ std::optional<QString> frmMain::bodyHtml() {
     if (m_page == PageVisual)
         return DHTML->documentHTML();
     // On the source page the body is its text; the preview always follows the source text.
-    return CODE->text();
+    return sourceText();
 }
 
 void frmMain::collectDocument() {

@@ -2,6 +2,7 @@
 #include "core/editor/CommandTable.h"
 #include "core/editor/DhtmlCommands.h"
 #include "core/message/References.h"
+#include "gui/app/ColorStyle.h"
 #include "gui/app/Reported.h"
 #include "gui/app/Session.h"
 #include "gui/app/frmMessage.h"
@@ -16,6 +17,7 @@
 #include <QFontDatabase>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QLayout>
 #include <QLineEdit>
 #include <QMenu>
 #include <QSignalBlocker>
@@ -82,28 +84,19 @@ void frmMain::connectPages() {
             EditaImmagine();
     });
 
-    auto* popModifica = new QMenu(this);
-    popModifica->setObjectName(QStringLiteral("popModifica"));
+    m_editMenu = new QMenu(this);
+    m_editMenu->setObjectName(QStringLiteral("popModifica"));
     static const char* const kEditMenu[] = {"cmdUndo",   "cmdRedo",           nullptr,
                                             "cmdTaglia", "cmdCopia",          "cmdIncolla",
                                             nullptr,     "cmdSelezionaTutto", "cmdTrova"};
     for (const char* id : kEditMenu) {
         if (id)
-            popModifica->addAction(m_bars.action(QString::fromLatin1(id)));
+            m_editMenu->addAction(m_bars.action(QString::fromLatin1(id)));
         else
-            popModifica->addSeparator();
+            m_editMenu->addSeparator();
     }
-    auto showMenu = [popModifica](QPoint at) { popModifica->popup(at); };
-    connect(DHTML, &VisualSurface::contextMenuAt, this, showMenu);
-    connect(CODE, &SourceView::contextMenuAt, this, showMenu);
-
-    connect(CODE, &SourceView::edited, this, &frmMain::Modificato);
-    connect(CODE, &SourceView::statusChanged, this, [this] {
-        if (m_page == PageSource)
-            CheckButtonCODE();
-    });
-    connect(CODE, &SourceView::pointerMoved, this,
-            [this] { stcHelp->setText(editor::modeText(Tbs->tabText(Tbs->currentIndex()))); });
+    connect(DHTML, &VisualSurface::contextMenuAt, m_editMenu,
+            [this](QPoint at) { m_editMenu->popup(at); });
 
     connect(m_bars.subject, &QLineEdit::textChanged, this,
             [this](const QString& text) { m_doc.subject = text; });
@@ -115,6 +108,45 @@ void frmMain::connectPages() {
     }
     for (QToolBar* bar : m_bars.toolbars())
         connect(bar, &QToolBar::visibilityChanged, this, &frmMain::CheckToolbarStatus);
+}
+
+SourceView* frmMain::sourcePage() {
+    if (CODE)
+        return CODE;
+    CODE = new SourceView(m_sourceHost);
+    m_sourceHost->layout()->addWidget(CODE);
+    if (!m_sourceScheme.isEmpty())
+        CODE->ColoraEditCode(m_sourceScheme);
+    // Made after the window took its colours, it takes them now.
+    if (const auto* scheme = programColorScheme())
+        colourControls(CODE, *scheme);
+    CODE->setSourceText(std::exchange(m_sourceText, QString()));
+    connectSourcePage();
+    CODE->show();
+    return CODE;
+}
+
+void frmMain::connectSourcePage() {
+    connect(CODE, &SourceView::contextMenuAt, m_editMenu,
+            [this](QPoint at) { m_editMenu->popup(at); });
+    connect(CODE, &SourceView::edited, this, &frmMain::Modificato);
+    connect(CODE, &SourceView::statusChanged, this, [this] {
+        if (m_page == PageSource)
+            CheckButtonCODE();
+    });
+    connect(CODE, &SourceView::pointerMoved, this,
+            [this] { stcHelp->setText(editor::modeText(Tbs->tabText(Tbs->currentIndex()))); });
+}
+
+QString frmMain::sourceText() const {
+    return CODE ? CODE->text() : m_sourceText;
+}
+
+void frmMain::setSourceText(const QString& html) {
+    if (CODE)
+        CODE->setSourceText(html);
+    else
+        m_sourceText = html;
 }
 
 VisualSurface* frmMain::previewPage() const {
@@ -132,18 +164,19 @@ void frmMain::Tbs_SelectedChanged(int page) {
         const std::optional<QString> html = DHTML->documentHTML();
         moved = html;
         if (html) {
-            CODE->setSourceText(*html);
+            setSourceText(*html);
             m_pagesInStep = pagesNow();
             if (page == PagePreview)
                 m_preview->showBody(References::redirectForPreview(*html, m_doc.restoreFolder),
                                     folder);
         } else {
-            CODE->releaseIdleWork();
+            if (CODE)
+                CODE->releaseIdleWork();
             reportError(QStringLiteral("Tbs_SelectedChanged"),
                         QStringLiteral("The visual page did not give back its HTML in time"));
         }
     } else if (previous == PageSource && (page == PageVisual || page == PagePreview)) {
-        const QString text = CODE->text();
+        const QString text = sourceText();
         moved = text;
         // Unedited source is what the visual page shows already: loading it again would cost
         // a full parse and layout of the page, and the page's undo history.
@@ -164,10 +197,11 @@ void frmMain::Tbs_SelectedChanged(int page) {
     // Leaving the preview copies nothing: the preview never changes the HTML.
     if (page == PageVisual) {
         // The source page gets the visual page's HTML whenever it is shown from here.
-        CODE->holdIdleWorkForNewText();
+        if (CODE)
+            CODE->holdIdleWorkForNewText();
         DHTML->setFocus();
     } else if (page == PageSource)
-        CODE->setFocus();
+        sourcePage()->setFocus();
     else
         m_preview->surface()->setFocus();
     CheckToolBar(page == PageVisual);
@@ -179,7 +213,8 @@ void frmMain::Tbs_SelectedChanged(int page) {
 }
 
 frmMain::PagesInStep frmMain::pagesNow() const {
-    return {CODE->editCount(), DHTML->loadCount()};
+    // A source page not made yet has no edits.
+    return {CODE ? CODE->editCount() : 0, DHTML->loadCount()};
 }
 
 void frmMain::showSourceInstead() {
@@ -188,7 +223,7 @@ void frmMain::showSourceInstead() {
         const QSignalBlocker quiet(Tbs);
         Tbs->setCurrentIndex(PageSource);
     }
-    CODE->setFocus();
+    sourcePage()->setFocus();
     CheckToolBar(false);
     for (QDockWidget* d : m_visualPanes)
         d->setEnabled(false);
@@ -232,7 +267,11 @@ void frmMain::CaricaSize() {
 }
 
 void frmMain::ColoraEditCode() {
-    CODE->ColoraEditCode(session().folders.pathFileImp + QStringLiteral("SyntaxEdit.dll"));
+    const QString scheme = session().folders.pathFileImp + QStringLiteral("SyntaxEdit.dll");
+    if (CODE)
+        CODE->ColoraEditCode(scheme);
+    else
+        m_sourceScheme = scheme;
 }
 
 } // namespace quillora::gui

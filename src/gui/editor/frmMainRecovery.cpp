@@ -112,7 +112,7 @@ frmMain::recoverySnapshot(const std::optional<QString>& givenBody) {
     MessageDocument copy = m_doc;
     // When the visual page cannot answer, the source page's text is the latest body there is.
     const std::optional<QString> body = givenBody ? givenBody : bodyHtml();
-    copy.body = body ? *body : CODE->text();
+    copy.body = body ? *body : sourceText();
     const QString base = m_doc.currentPath.isEmpty()
                              ? session().baseFolder
                              : QFileInfo(m_doc.currentPath).absolutePath() + u'/';
