@@ -1,6 +1,7 @@
 #include "gui/app/ColorStyle.h"
 #include "core/app/bFunctions.h"
 #include "gui/editor/CommandBars.h"
+#include "gui/editor/PreviewPane.h"
 #include "gui/editor/SourceView.h"
 #include "gui/editor/frmColor.h"
 #include "gui/message/frmAllegati.h"
@@ -286,6 +287,18 @@ TEST_P(MainWindowScheme, EveryPartOfTheWindowTakesTheScheme) {
 
     // The source page keeps the colours of its own scheme file.
     EXPECT_EQ(w.sourcePage()->lexer()->defaultPaper(), QColor("#FFFFFF"));
+    // The preview's bar, made when the preview is first shown, takes the scheme as the
+    // window's own bars did.
+    QSignalSpy rendered(w.previewPane(), &PreviewPane::rendered);
+    w.tabs()->setCurrentIndex(frmMain::PagePreview);
+    ASSERT_TRUE(rendered.count() > 0 || rendered.wait(20000));
+    auto* previewBar = w.previewPane()->findChild<QToolBar*>("TbPreview");
+    ASSERT_TRUE(previewBar);
+    EXPECT_EQ(role(previewBar, QPalette::Window), c(Colour::CLR_BARSMENU));
+    auto* darkButton = w.previewPane()->findChild<QToolButton*>("chkDarkMode");
+    ASSERT_TRUE(darkButton);
+    EXPECT_EQ(role(darkButton, QPalette::ButtonText), role(tableButton, QPalette::ButtonText));
+    w.tabs()->setCurrentIndex(frmMain::PageVisual);
 
     saveShot(w, QStringLiteral("scheme-%1.png").arg(name.toLower()));
 }

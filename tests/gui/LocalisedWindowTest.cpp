@@ -7,6 +7,7 @@
 #include "gui/app/ColorStyle.h"
 #include "gui/app/Session.h"
 #include "gui/app/frmMessage.h"
+#include "gui/editor/PreviewPane.h"
 #include "gui/editor/frmMain.h"
 
 #include <QAction>
@@ -19,6 +20,7 @@
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QToolButton>
 #include <gtest/gtest.h>
 
 using namespace quillora;
@@ -114,6 +116,12 @@ TEST_P(LocalisedWindowTest, StartsInTheChosenLanguageAndScheme) {
     EXPECT_EQ(w.findChild<QDockWidget*>("dckAllegati")->windowTitle(),
               expected.value("frmMain.Dks.DockWindows(\"dckAllegati\").Caption"));
     EXPECT_EQ(w.windowTitle(), "Quillora - [NuovoFile.mssx]");
+    // The preview's bar, made when the preview is first shown, speaks the language too.
+    w.tabs()->setCurrentIndex(frmMain::PagePreview);
+    auto* dark = w.previewPane()->findChild<QToolButton*>("chkDarkMode");
+    ASSERT_TRUE(dark);
+    EXPECT_EQ(dark->text(), Texts::builtIn(s.currentLanguage).get("prvDark"));
+    w.tabs()->setCurrentIndex(frmMain::PageVisual);
 
     // Message boxes answer in the same language.
     QString yes;

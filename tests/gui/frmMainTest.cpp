@@ -657,6 +657,7 @@ TEST_F(frmMainTest, ARealNewsletterShowsEveryPictureOnEveryPage) {
     w.resize(1280, 860);
     EXPECT_EQ(w.previewPane()->findChild<VisualSurface*>(), nullptr)
         << "the preview's page is made when the preview is first shown";
+    EXPECT_EQ(w.previewPane()->findChild<QToolBar*>(), nullptr) << "and so is its bar";
     // Every picture of the newsletter (six; its seventh file is a background) comes from the
     // restored copies, in both pages.
     EXPECT_EQ(loadedPictures(w.visualPage()), 6);

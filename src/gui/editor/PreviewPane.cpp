@@ -3,6 +3,7 @@
 #include "core/app/Texts.h"
 #include "core/editor/CommandTable.h"
 #include "core/spamcheck/SendSettings.h"
+#include "gui/app/ColorStyle.h"
 #include "gui/app/Session.h"
 #include "gui/app/ThemeIcons.h"
 #include "gui/editor/VisualSurface.h"
@@ -39,7 +40,17 @@ PreviewPane::PreviewPane(QWidget* parent) : QWidget(parent) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
+}
 
+void PreviewPane::showEvent(QShowEvent* event) {
+    build();
+    QWidget::showEvent(event);
+}
+
+void PreviewPane::build() {
+    if (m_width)
+        return;
+    auto* layout = static_cast<QVBoxLayout*>(this->layout());
     auto* bar = new QToolBar(this);
     bar->setObjectName(u"TbPreview"_s);
     bar->setIconSize(QSize(18, 18));
@@ -104,9 +115,14 @@ PreviewPane::PreviewPane(QWidget* parent) : QWidget(parent) {
     });
     connect(m_sample, &QToolButton::toggled, this, [this] { render(); });
     connect(m_editSample, &QAction::triggered, this, &PreviewPane::editSampleRecipient);
+    showTexts();
+    // Made after the window took its colours, the bar takes them now.
+    if (const ColorScheme* scheme = programColorScheme())
+        colourControls(this, *scheme);
 }
 
 VisualSurface* PreviewPane::surface() {
+    build();
     if (!m_web) {
         m_web = new VisualSurface(false, m_stage);
         m_web->setObjectName(u"WEB"_s);
@@ -126,6 +142,7 @@ void PreviewPane::showBody(const QString& html, const QString& folder) {
 void PreviewPane::render() {
     if (m_html.isNull())
         return;
+    build();
     QString html = m_html;
     if (m_sample->isChecked())
         html = fillSample(html, SendSettings::read(settingsFile()).sample);
@@ -145,6 +162,7 @@ void PreviewPane::afterLoad() {
 }
 
 void PreviewPane::setWidthPreset(Width width) {
+    build();
     if (m_width->currentIndex() != int(width)) {
         m_width->setCurrentIndex(int(width)); // comes back here
         return;
@@ -171,27 +189,30 @@ void PreviewPane::applyWidth() {
 }
 
 PreviewPane::Width PreviewPane::widthPreset() const {
-    return Width(m_width->currentIndex());
+    return m_width ? Width(m_width->currentIndex()) : Width::Desktop;
 }
 
 void PreviewPane::setDark(bool on) {
+    build();
     m_dark->setChecked(on);
 }
 
 bool PreviewPane::dark() const {
-    return m_dark->isChecked();
+    return m_dark && m_dark->isChecked();
 }
 
 void PreviewPane::setForceDark(bool on) {
+    build();
     m_forceDark->setChecked(on);
 }
 
 void PreviewPane::setSampleRecipient(bool on) {
+    build();
     m_sample->setChecked(on);
 }
 
 bool PreviewPane::sampleRecipient() const {
-    return m_sample->isChecked();
+    return m_sample && m_sample->isChecked();
 }
 
 QString PreviewPane::settingsFile() const {
@@ -199,6 +220,7 @@ QString PreviewPane::settingsFile() const {
 }
 
 void PreviewPane::editSampleRecipient() {
+    build();
     const Texts& texts = session().texts;
     auto* dialog = new QDialog(window());
     dialog->setObjectName(u"frmSampleRecipient"_s);
@@ -248,6 +270,14 @@ void PreviewPane::editSampleRecipient() {
 }
 
 void PreviewPane::applyTexts(const Texts& texts) {
+    m_texts = texts;
+    showTexts();
+}
+
+void PreviewPane::showTexts() {
+    if (!m_width || !m_texts)
+        return; // shown when the bar is made
+    const Texts& texts = *m_texts;
     const auto set = [&](auto* w, const char* key) {
         const QString t = texts.get(QString::fromLatin1(key));
         if (!t.isEmpty())

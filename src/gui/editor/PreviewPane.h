@@ -1,16 +1,15 @@
 #pragma once
 
+#include "core/app/Texts.h"
+
 #include <QString>
 #include <QWidget>
+#include <optional>
 
 class QAction;
 class QComboBox;
 class QHBoxLayout;
 class QToolButton;
-
-namespace quillora {
-class Texts;
-}
 
 namespace quillora::gui {
 
@@ -18,7 +17,8 @@ class VisualSurface;
 
 // The Preview page: the preview surface at the width of a desktop, a phone or a tablet, in
 // light or dark mode, optionally with the sample recipient's values in its merge fields. All of
-// it works on the preview's own copy: the message is never touched.
+// it works on the preview's own copy: the message is never touched. Its bar is made when the
+// page is first shown or asked for: most sessions never open the preview.
 class PreviewPane : public QWidget {
     Q_OBJECT
 public:
@@ -46,11 +46,16 @@ public:
     // and a web page of its own would cost every start a few milliseconds.
     VisualSurface* surface();
 
+protected:
+    void showEvent(QShowEvent* event) override;
+
 signals:
     // The preview shows the last body with every current option applied.
     void rendered();
 
 private:
+    void build();
+    void showTexts();
     void render();
     void afterLoad();
     void applyWidth();
@@ -64,6 +69,7 @@ private:
     QAction* m_forceDark = nullptr;
     QToolButton* m_sample = nullptr;
     QAction* m_editSample = nullptr;
+    std::optional<Texts> m_texts; // the last texts applied, for a bar made later
     QString m_html;
     QString m_folder;
 };
