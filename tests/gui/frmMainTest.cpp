@@ -653,8 +653,9 @@ TEST_F(frmMainTest, MessageScriptsNeverRun) {
 TEST_F(frmMainTest, ARealNewsletterShowsEveryPictureOnEveryPage) {
     const QString path = saveCorpusMessage("colorlib-16", "Colorlib 16", "colorlib.mssx");
     ASSERT_FALSE(HasFailure());
+    // Sized before it is shown, so the page is laid out once, at the size of the pictures taken.
+    windowSize = QSize(1280, 860);
     frmMain& w = start(path);
-    w.resize(1280, 860);
     EXPECT_EQ(w.previewPane()->findChild<VisualSurface*>(), nullptr)
         << "the preview's page is made when the preview is first shown";
     EXPECT_EQ(w.previewPane()->findChild<QToolBar*>(), nullptr) << "and so is its bar";
